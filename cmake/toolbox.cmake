@@ -1,0 +1,68 @@
+# Warnings, sanitizers, and the functions that make a room, a test program and a fuzz target.
+
+add_library(marlet_flags INTERFACE)
+target_compile_options(marlet_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast
+  -Werror -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # False alarms of g++ 12 inside the standard library at -O2.
+  target_compile_options(marlet_flags INTERFACE
+    -Wno-restrict -Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow
+    -Wno-stringop-overread)
+endif()
+if(MARLET_SANITIZE)
+  add_compile_options(-fsanitize=${MARLET_SANITIZE} -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=${MARLET_SANITIZE})
+endif()
+
+find_program(MOLD mold)
+if(MOLD AND NOT MARLET_FUZZ)
+  add_link_options(-fuse-ld=mold)
+endif()
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+# A room: one folder, one static library. SEES lists the rooms below it; what it lists is all it
+# can link, so an arrow that is not drawn does not build. LIBS are outside libraries.
+function(marlet_room name)
+  cmake_parse_arguments(ROOM "" "" "SEES;LIBS;PUBLIC_LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  add_library(marlet_${name} STATIC ${sources})
+  target_include_directories(marlet_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(marlet_${name} PRIVATE marlet_flags ${ROOM_LIBS} PUBLIC ${ROOM_PUBLIC_LIBS})
+  foreach(room IN LISTS ROOM_SEES)
+    target_link_libraries(marlet_${name} PUBLIC marlet_${room})
+  endforeach()
+endfunction()
+
+# One test program per folder of tests/; every test of it is a test of CTest.
+function(marlet_tests_dir name)
+  cmake_parse_arguments(TESTS "" "" "SEES;LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
+  add_executable(${name}_tests ${sources})
+  target_include_directories(${name}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_link_libraries(${name}_tests PRIVATE marlet_flags marlet_test_support ${TESTS_LIBS}
+    GTest::gmock GTest::gtest)
+  foreach(room IN LISTS TESTS_SEES)
+    target_link_libraries(${name}_tests PRIVATE marlet_${room})
+  endforeach()
+  set_target_properties(${name}_tests PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${name}_tests TEST_PREFIX "${name}: " DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT 300)
+endfunction()
+
+# A libFuzzer target; its seeds lie in fuzz/corpus/<name>.
+function(marlet_fuzz name)
+  cmake_parse_arguments(FUZZ "" "" "SEES;LIBS" ${ARGN})
+  add_executable(fuzz_${name} ${CMAKE_CURRENT_SOURCE_DIR}/${name}.cpp)
+  target_link_libraries(fuzz_${name} PRIVATE marlet_flags ${FUZZ_LIBS})
+  foreach(room IN LISTS FUZZ_SEES)
+    target_link_libraries(fuzz_${name} PRIVATE marlet_${room})
+  endforeach()
+  target_compile_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+endfunction()

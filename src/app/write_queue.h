@@ -1,0 +1,110 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/run_control.h"
+#include "sources/async.h"
+#include "write/write_request.h"
+
+namespace marlet {
+
+class HistoryStore;
+
+/// Runs the committed jobs one at a time, in order, off the main context. Knows nothing of how a
+/// file is written. Main context only.
+class WriteQueue {
+public:
+    struct Job {
+        enum class State { waiting, running, done, failed, skipped, cancelled };
+
+        std::string id;  ///< UUID
+        WriteRequest request;
+        std::string label;
+        std::string title;
+        std::optional<std::string> show;
+        std::optional<int> season;
+        std::optional<int> episode;
+        bool isMovie = false;
+        std::uint64_t size = 0;  ///< bytes: the job's weight in the totals
+        std::string how;
+        std::optional<std::string> posterPath;
+        std::optional<int> year;
+        std::string summary;
+        State state = State::waiting;
+        std::string step;
+        double fraction = 0;
+        std::optional<WriteOutcome> outcome;
+    };
+    using Worker = std::function<WriteOutcome(const WriteRequest&, RunControl&, const StepProgress&)>;
+
+    /// The worker defaults to the choice by mode: TagWriter or a converter.
+    explicit WriteQueue(HistoryStore& history, Worker worker = {});
+
+    const std::vector<Job>& jobs() const { return jobs_; }
+    bool active() const { return active_; }
+    bool paused() const { return paused_; }
+    bool finished() const { return finished_; }
+    const std::string& batch() const { return batch_; }
+
+    int waitingCount() const;
+    int doneCount() const;
+    int skippedCount() const;
+    std::vector<Job> failedJobs() const;
+    const Job* current() const;
+    std::vector<std::filesystem::path> outputs() const;
+    double totalBytes() const;
+    double doneBytes() const;
+    /// Bytes a second; 0 in the first two seconds of a run.
+    double speed() const;
+
+    void add(std::vector<Job> jobs);
+    void start();
+    void remove(const std::string& id);
+    void dismiss();
+    void clear();
+    void retryFailed();
+    void pause();
+    void resume();
+    void cancel();
+
+    std::function<void(const std::filesystem::path&)> onDone;
+    std::function<void(const std::vector<std::filesystem::path>&)> onRemoved;
+    /// Told after each change that a screen would show.
+    std::function<void()> onChanged;
+
+private:
+    Task<> run();
+    int count(Job::State state) const;
+    void changed();
+
+    HistoryStore& history_;
+    Worker worker_;
+    std::vector<Job> jobs_;
+    bool active_ = false;
+    bool paused_ = false;
+    bool finished_ = false;
+    bool cancelled_ = false;
+    std::chrono::steady_clock::time_point startedAt_ = std::chrono::steady_clock::now();
+    std::shared_ptr<RunControl> control_;
+    std::string batch_;
+};
+
+std::string name(WriteQueue::Job::State state);
+
+/// A job's technical message in two sentences for people.
+namespace PlainText {
+struct Explanation {
+    std::string happened;
+    std::string next;
+    bool operator==(const Explanation&) const = default;
+};
+Explanation explain(const std::string& text);
+}  // namespace PlainText
+
+}  // namespace marlet

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "foundation/bytes.h"
+
+namespace marlet {
+
+/// SHA-256 (FIPS 180-4) over bytes given piece by piece.
+class Sha256 {
+public:
+    Sha256();
+    ~Sha256();
+    Sha256(Sha256&&) noexcept;
+    Sha256& operator=(Sha256&&) noexcept;
+
+    void update(ByteView bytes);
+    /// Ends the digest: 64 lower-case hexadecimal characters.
+    std::string hex();
+
+private:
+    struct Context;
+    std::unique_ptr<Context> context_;
+};
+
+std::string sha256Hex(ByteView bytes);
+
+}  // namespace marlet

@@ -1,0 +1,66 @@
+#pragma once
+
+// The one place that knows QCoro. Everything asynchronous in the program is a Task on the main
+// context (the thread of the Qt event loop); blocking work goes to a worker and comes back.
+//
+// Rules for coroutines here (g++ 12 gets the others wrong): parameters by value, no capturing
+// lambda is itself a coroutine, no co_await inside a conditional expression or an argument list.
+
+#include <QCoroTask>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+namespace marlet {
+
+template <typename T = void>
+using Task = QCoro::Task<T>;
+
+/// Shared by all who work on one thing; whoever holds a copy may cancel it. Main context only.
+class CancelToken {
+public:
+    CancelToken();
+
+    void cancel() const;
+    bool isCancelled() const;
+    /// Throws CancelError when cancelled.
+    void check() const;
+
+    /// Keeps a call-back registered for as long as it lives.
+    class Registration {
+    public:
+        Registration() = default;
+        explicit Registration(std::shared_ptr<std::function<void()>> call) : call_(std::move(call)) {}
+
+    private:
+        std::shared_ptr<std::function<void()>> call_;
+    };
+    /// Called once when cancelled (before this returns if it is already).
+    [[nodiscard]] Registration onCancel(std::function<void()> call) const;
+
+private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+namespace Async {
+
+/// Throws CancelError as soon as the token is cancelled.
+Task<> sleep(std::chrono::milliseconds time, CancelToken cancel = {});
+/// Runs on the worker pool and comes back to the main context; carries over what it throws.
+template <typename R>
+Task<R> onWorker(std::function<R()> work);
+/// Starts start(0), start(1), ... in order, at most `width` at a time, each next one as one ends.
+/// Ends when all have ended. After the first failure nothing more is started and that failure is
+/// thrown once those under way have ended.
+Task<> forEach(std::size_t count, std::size_t width, std::function<Task<>(std::size_t)> start);
+/// Blocks in a nested event loop: for the ends of main and for tests.
+template <typename T>
+T wait(Task<T> task);
+
+}  // namespace Async
+}  // namespace marlet
+
+#include "sources/async_impl.h"
