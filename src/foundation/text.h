@@ -20,6 +20,8 @@ std::string repairUtf8(ByteView bytes);
 std::string trim(std::string_view text);
 /// White space and any of the given ASCII characters off both ends.
 std::string trim(std::string_view text, std::string_view alsoAscii);
+/// Every run of Unicode white space as one blank: "\s+" replaced by " ".
+std::string collapseSpace(std::string_view text);
 std::string lower(std::string_view text);
 /// First letter in upper / lower case, the rest as it is.
 std::string upperFirst(std::string_view text);
@@ -73,7 +75,7 @@ public:
 
     /// A pattern that doesn't compile matches nothing.
     std::optional<RegexMatch> firstMatch(std::string_view text) const;
-    bool matchesIn(std::string_view text) const { return firstMatch(text).has_value(); }
+    bool matchesIn(std::string_view text) const;
     /// Every match replaced; "$1" in `with` is group 1.
     std::string replaceAll(std::string_view text, std::string_view with) const;
     std::string replaceFirst(std::string_view text, std::string_view with) const;
