@@ -8,6 +8,7 @@
 
 #include "foundation/bytes.h"
 #include "foundation/dates.h"
+#include "foundation/syscalls.h"
 
 namespace marlet {
 
@@ -52,10 +53,16 @@ public:
     std::function<void()> onChanged;
 
 private:
+    static constexpr std::size_t maxFileSize = 1024 * 1024 * 1024;
+
+    void load();
     void save();
+    /// Another running copy of the program may have appended since we last read or wrote.
+    void takeInWhatOthersWrote();
 
     std::vector<HistoryEntry> entries_;
     bool damaged_ = false;  ///< the file exists but could not be read
+    std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
 };
 
 /// The small pictures that History shows.

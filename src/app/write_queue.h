@@ -45,6 +45,8 @@ public:
 
     /// The worker defaults to the choice by mode: TagWriter or a converter.
     explicit WriteQueue(HistoryStore& history, Worker worker = {});
+    WriteQueue(const WriteQueue&) = delete;
+    WriteQueue& operator=(const WriteQueue&) = delete;
 
     const std::vector<Job>& jobs() const { return jobs_; }
     bool active() const { return active_; }
@@ -80,6 +82,9 @@ public:
 
 private:
     Task<> run();
+    Task<WriteOutcome> work(std::size_t index);
+    void finish(std::size_t index, WriteOutcome outcome);
+    StepProgress progressOf(std::size_t index, std::string id);
     int count(Job::State state) const;
     void changed();
 
@@ -93,6 +98,8 @@ private:
     std::chrono::steady_clock::time_point startedAt_ = std::chrono::steady_clock::now();
     std::shared_ptr<RunControl> control_;
     std::string batch_;
+    /// Reports from a worker reach the queue only while it lives.
+    std::shared_ptr<WriteQueue*> self_ = std::make_shared<WriteQueue*>(this);
 };
 
 std::string name(WriteQueue::Job::State state);

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/app_model.h"
+#include "sources/async.h"
+
+namespace marlet {
+
+/// The command line's front end over the same model that the screens use.
+namespace Headless {
+
+/// What was asked for on the command line; all options take effect, whichever mode runs.
+struct Options {
+    std::vector<std::filesystem::path> scan;
+    std::optional<std::filesystem::path> report;
+    std::vector<std::filesystem::path> tag;
+    std::optional<std::filesystem::path> outputDir;
+    std::vector<std::string> confirm;  ///< parts of file names
+    bool confirmAll = false;
+    bool ignoreTags = false;
+    bool noAI = false;
+    bool noFix = false;
+    bool restoreOriginal = false;
+    bool restoreLastBatch = false;
+    bool quit = false;
+    bool trace = false;
+    bool planTest = false;
+    bool planOnly = false;
+    bool artReport = false;
+    bool matchOnly = false;
+    bool roundtrip = false;
+    /// Arguments that are no options: files handed over by the desktop.
+    std::vector<std::filesystem::path> files;
+};
+
+/// An option's value stands behind its first "=", or is the next argument unless that starts
+/// with "-". An option that lacks its value is ignored, and so are unknown options.
+Options parse(const std::vector<std::string>& arguments);
+/// The value of the first argument of that name: behind "=", or the next argument whatever it is.
+std::optional<std::string> value(const std::string& option,
+                                 const std::vector<std::string>& arguments);
+
+/// MARLET_TEST_LIBRARY, or a fixed text that no path holds.
+std::string libraryRoot();
+/// The tab-separated account of every file in Review.
+std::string report(const AppModel& model);
+void writeReport(const std::filesystem::path& to, const AppModel& model);
+
+/// Performs at most one mode. True when the program is to end.
+Task<bool> runIfRequested(AppModel& model, Options options);
+
+Task<> runTagTest(AppModel& model, Options options);
+Task<> restoreLastBatch(AppModel& model);
+/// Ends when the model has no scan under way.
+Task<> waitForScan(AppModel& model);
+
+}  // namespace Headless
+}  // namespace marlet

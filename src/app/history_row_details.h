@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/history_rows.h"
+
+namespace marlet {
+
+/// The pairs shown when a row is opened. `told` is the entry that the row's state speaks of.
+std::vector<std::pair<std::string, std::string>> historyRowDetails(const HistoryRow& row,
+                                                                   const HistoryEntry& told);
+
+}  // namespace marlet

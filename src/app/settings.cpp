@@ -1,0 +1,106 @@
+#include "app/settings.h"
+
+#include <QSettings>
+#include <QStringList>
+#include <QVariant>
+#include <mutex>
+
+#include "foundation/paths.h"
+
+namespace marlet::Settings {
+
+namespace {
+
+QString qt(const std::string& text) { return QString::fromStdString(text); }
+
+/// One INI file. A job's thread reads settings too, so each call holds the lock.
+class StoredPreferences : public Preferences {
+public:
+    explicit StoredPreferences(const std::filesystem::path& file)
+        : settings_(qt(file.string()), QSettings::IniFormat) {}
+
+    std::optional<bool> boolean(const std::string& key) const override {
+        // An INI file keeps every value as text.
+        const QString value = read(key).toString();
+        if (value == QStringLiteral("true")) return true;
+        if (value == QStringLiteral("false")) return false;
+        return std::nullopt;
+    }
+
+    std::optional<std::string> text(const std::string& key) const override {
+        const QVariant value = read(key);
+        if (!value.isValid() || value.typeId() == QMetaType::QStringList) return std::nullopt;
+        return value.toString().toStdString();
+    }
+
+    std::optional<std::vector<std::string>> texts(const std::string& key) const override {
+        const QVariant value = read(key);
+        if (!value.isValid()) return std::nullopt;
+        std::vector<std::string> list;
+        for (const QString& each : value.toStringList()) list.push_back(each.toStdString());
+        return list;
+    }
+
+    void setBoolean(const std::string& key, bool value) override { write(key, value); }
+    void setText(const std::string& key, const std::string& value) override {
+        write(key, qt(value));
+    }
+    void setTexts(const std::string& key, const std::vector<std::string>& value) override {
+        QStringList list;
+        for (const std::string& each : value) list.append(qt(each));
+        write(key, list);
+    }
+    void remove(const std::string& key) override {
+        const std::lock_guard lock(mutex_);
+        settings_.remove(qt(key));
+        settings_.sync();
+    }
+
+private:
+    QVariant read(const std::string& key) const {
+        const std::lock_guard lock(mutex_);
+        return settings_.value(qt(key));
+    }
+    void write(const std::string& key, const QVariant& value) {
+        const std::lock_guard lock(mutex_);
+        settings_.setValue(qt(key), value);
+        settings_.sync();
+    }
+
+    mutable std::mutex mutex_;
+    QSettings settings_;  // guarded by mutex_
+};
+
+}  // namespace
+
+std::unique_ptr<Preferences> open() {
+    return std::make_unique<StoredPreferences>(Paths::preferencesFile());
+}
+
+bool fixForAppleTV() { return Preferences::current().boolean("fixForAppleTV").value_or(true); }
+
+void setFixForAppleTV(bool on) { Preferences::current().setBoolean("fixForAppleTV", on); }
+
+bool allowLibraryWrites() {
+    return Preferences::current().boolean("allowLibraryWrites").value_or(false);
+}
+
+bool outputSameFolder() {
+    return Preferences::current().boolean("outputSameFolder").value_or(false);
+}
+
+std::filesystem::path outputFolder() {
+    const std::string stored = Preferences::current().text("outputFolder").value_or("");
+    return stored.empty() ? Paths::homeDir() / "Desktop" : std::filesystem::path(stored);
+}
+
+ArtworkStyle artworkStyle() {
+    return Preferences::current().text("artworkStyle") == "tall" ? ArtworkStyle::tall
+                                                                 : ArtworkStyle::wide;
+}
+
+std::string keepLanguages() {
+    return Preferences::current().text("keepLanguages").value_or("English");
+}
+
+}  // namespace marlet::Settings

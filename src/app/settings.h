@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "foundation/preferences.h"
+#include "foundation/records.h"
+
+namespace marlet {
+
+/// The person's stored settings, each with its default, read at the time they are needed.
+namespace Settings {
+
+/// The store on disk (Paths::preferencesFile()); every change is written through at once.
+std::unique_ptr<Preferences> open();
+
+/// Whether a write lays a file out anew whose sound is over the limit. Absent or odd means yes.
+bool fixForAppleTV();
+void setFixForAppleTV(bool on);
+bool allowLibraryWrites();
+bool outputSameFolder();
+/// Where new files go: the stored folder, or "Desktop" in the home folder.
+std::filesystem::path outputFolder();
+ArtworkStyle artworkStyle();
+/// A comma list such as "English, French".
+std::string keepLanguages();
+
+}  // namespace Settings
+}  // namespace marlet

@@ -1,0 +1,287 @@
+#include "app/write_queue.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+#include "app/history.h"
+#include "app/worker.h"
+#include "foundation/work_area.h"
+
+namespace marlet {
+
+namespace {
+
+using State = WriteQueue::Job::State;
+
+State stateOf(WriteOutcome::Status status) {
+    switch (status) {
+        case WriteOutcome::Status::done: return State::done;
+        case WriteOutcome::Status::skipped: return State::skipped;
+        case WriteOutcome::Status::cancelled: return State::cancelled;
+        case WriteOutcome::Status::failed:
+        case WriteOutcome::Status::stopped: break;
+    }
+    return State::failed;
+}
+
+HistoryEntry entryOf(const WriteQueue::Job& job, const WriteOutcome& outcome,
+                     const std::string& batch) {
+    HistoryEntry entry;
+    entry.id = newUUID();
+    entry.date = Dates::now();
+    entry.path = outcome.output.value_or(job.request.file).string();
+    entry.title = job.title;
+    entry.show = job.show;
+    entry.season = job.season;
+    entry.episode = job.episode;
+    entry.isMovie = job.isMovie;
+    entry.result = name(outcome.status);
+    entry.before = outcome.before;
+    entry.after = outcome.after;
+    entry.changes = outcome.changes;
+    entry.message = outcome.message;
+    entry.size = outcome.size;
+    entry.batchID = batch;
+    if (job.request.isRestore()) entry.isRestore = true;
+    entry.posterPath = job.posterPath;
+    entry.year = job.year;
+    entry.how = job.how;
+    entry.summary = job.summary;
+    return entry;
+}
+
+}  // namespace
+
+std::string name(WriteQueue::Job::State state) {
+    switch (state) {
+        case State::waiting: return "waiting";
+        case State::running: return "running";
+        case State::done: return "done";
+        case State::failed: return "failed";
+        case State::skipped: return "skipped";
+        case State::cancelled: break;
+    }
+    return "cancelled";
+}
+
+WriteQueue::WriteQueue(HistoryStore& history, Worker worker)
+    : history_(history), worker_(worker ? std::move(worker) : Worker(runJob)), batch_(newUUID()) {}
+
+void WriteQueue::changed() {
+    if (onChanged) onChanged();
+}
+
+int WriteQueue::count(State state) const {
+    return static_cast<int>(std::count_if(jobs_.begin(), jobs_.end(),
+                                          [&](const Job& job) { return job.state == state; }));
+}
+
+int WriteQueue::waitingCount() const { return count(State::waiting); }
+int WriteQueue::doneCount() const { return count(State::done); }
+int WriteQueue::skippedCount() const { return count(State::skipped); }
+
+std::vector<WriteQueue::Job> WriteQueue::failedJobs() const {
+    std::vector<Job> failed;
+    for (const Job& job : jobs_)
+        if (job.state == State::failed || job.state == State::cancelled) failed.push_back(job);
+    return failed;
+}
+
+const WriteQueue::Job* WriteQueue::current() const {
+    for (const Job& job : jobs_)
+        if (job.state == State::running) return &job;
+    return nullptr;
+}
+
+std::vector<std::filesystem::path> WriteQueue::outputs() const {
+    std::vector<std::filesystem::path> outputs;
+    for (const Job& job : jobs_)
+        if (job.state == State::done && job.outcome && job.outcome->output)
+            outputs.push_back(*job.outcome->output);
+    return outputs;
+}
+
+double WriteQueue::totalBytes() const {
+    double total = 0;
+    for (const Job& job : jobs_) total += static_cast<double>(job.size);
+    return std::max(total, 1.0);
+}
+
+double WriteQueue::doneBytes() const {
+    double done = 0;
+    for (const Job& job : jobs_) {
+        if (job.state == State::waiting) continue;
+        const double share = job.state == State::running ? job.fraction : 1.0;
+        done += share * static_cast<double>(job.size);
+    }
+    return done;
+}
+
+double WriteQueue::speed() const {
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - startedAt_;
+    return passed.count() > 2.0 ? doneBytes() / passed.count() : 0.0;
+}
+
+void WriteQueue::add(std::vector<Job> jobs) {
+    if (active_) return;
+    if (finished_) dismiss();
+    for (Job& job : jobs) {
+        const bool known = std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& other) {
+            return other.state == State::waiting && other.request.file == job.request.file;
+        });
+        if (!known) jobs_.push_back(std::move(job));
+    }
+    changed();
+}
+
+void WriteQueue::start() {
+    if (active_ || waitingCount() == 0) return;
+    batch_ = newUUID();
+    active_ = true;
+    paused_ = finished_ = cancelled_ = false;
+    startedAt_ = std::chrono::steady_clock::now();
+    changed();
+    run();
+}
+
+void WriteQueue::remove(const std::string& id) {
+    if (active_) return;
+    const auto found = std::find_if(jobs_.begin(), jobs_.end(), [&](const Job& job) {
+        return job.id == id && job.state == State::waiting;
+    });
+    if (found == jobs_.end()) return;
+    const std::filesystem::path file = found->request.file;
+    jobs_.erase(found);
+    changed();
+    if (onRemoved) onRemoved({file});
+}
+
+void WriteQueue::dismiss() {
+    std::vector<std::filesystem::path> unfinished;
+    for (const Job& job : jobs_)
+        if (job.state != State::done && !job.request.isRestore())
+            unfinished.push_back(job.request.file);
+    jobs_.clear();
+    finished_ = false;
+    changed();
+    if (onRemoved && !unfinished.empty()) onRemoved(unfinished);
+}
+
+void WriteQueue::clear() {
+    if (active_) return;
+    jobs_.clear();
+    changed();
+}
+
+void WriteQueue::retryFailed() {
+    if (active_) return;
+    for (Job& job : jobs_) {
+        if (job.state != State::failed && job.state != State::cancelled) continue;
+        job.state = State::waiting;
+        job.step.clear();
+        job.fraction = 0;
+        job.outcome.reset();
+    }
+    finished_ = false;
+    start();
+}
+
+void WriteQueue::pause() {
+    if (RunControl::criticalActive()) return;
+    paused_ = true;
+    if (control_) control_->pause();
+    changed();
+}
+
+void WriteQueue::resume() {
+    paused_ = false;
+    if (control_) control_->resume();
+    changed();
+}
+
+void WriteQueue::cancel() {
+    if (RunControl::criticalActive()) return;
+    cancelled_ = true;
+    if (control_) {
+        control_->cancel();
+        control_->resume();
+    }
+    changed();
+}
+
+Task<> WriteQueue::run() {
+    std::vector<std::size_t> indices;
+    for (std::size_t i = 0; i < jobs_.size(); i++)
+        if (jobs_[i].state == State::waiting) indices.push_back(i);
+
+    for (const std::size_t index : indices) {
+        if (cancelled_) {
+            jobs_[index].state = State::cancelled;
+            jobs_[index].outcome = WriteOutcome{.status = WriteOutcome::Status::cancelled,
+                                                .message = "cancelled before it started"};
+            changed();
+            continue;
+        }
+        WriteOutcome outcome = co_await work(index);
+        finish(index, std::move(outcome));
+    }
+    active_ = paused_ = false;
+    finished_ = true;
+    changed();
+}
+
+Task<WriteOutcome> WriteQueue::work(std::size_t index) {
+    jobs_[index].state = State::running;
+    // A pause in force holds only the job that was running when it was made.
+    control_ = std::make_shared<RunControl>();
+    changed();
+    const std::shared_ptr<RunControl> control = control_;
+    const WriteRequest request = jobs_[index].request;
+    const StepProgress progress = progressOf(index, jobs_[index].id);
+    const Worker worker = worker_;
+    std::function<WriteOutcome()> job = [=] {
+        try {
+            return worker(request, *control, progress);
+        } catch (const std::exception& failure) {
+            return WriteOutcome{.message = failure.what()};
+        }
+    };
+    WriteOutcome outcome = co_await Async::onWorker<WriteOutcome>(std::move(job));
+    co_return outcome;
+}
+
+StepProgress WriteQueue::progressOf(std::size_t index, std::string id) {
+    const std::weak_ptr<WriteQueue*> alive = self_;
+    return [alive, index, id](const std::string& label, double fraction) {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [alive, index, id, label, fraction] {
+                const auto queue = alive.lock();
+                if (!queue) return;
+                auto& jobs = (*queue)->jobs_;
+                // Never late: a report that arrives when its job has ended is dropped.
+                if (index >= jobs.size() || jobs[index].id != id) return;
+                if (jobs[index].state != State::running) return;
+                jobs[index].fraction = fraction;
+                jobs[index].step = label;
+                (*queue)->changed();
+            },
+            Qt::QueuedConnection);
+    };
+}
+
+void WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
+    control_.reset();
+    Job& job = jobs_[index];
+    job.fraction = 1;
+    job.state = stateOf(outcome.status);
+    job.outcome = outcome;
+    if (outcome.status != WriteOutcome::Status::cancelled)
+        history_.append(entryOf(job, outcome, batch_));
+    if (outcome.status == WriteOutcome::Status::stopped) cancelled_ = true;
+    changed();
+    if (job.state == State::done && !job.request.isRestore() && onDone) onDone(job.request.file);
+}
+
+}  // namespace marlet
