@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <variant>
@@ -10,7 +11,7 @@
 namespace marlet {
 
 /// The person's stored settings, read by key at the time they are needed.
-/// A value of another type than asked for counts as absent.
+/// A value of another type than asked for counts as absent. Readable from every thread.
 class Preferences {
 public:
     virtual ~Preferences() = default;
@@ -23,7 +24,8 @@ public:
     virtual void setTexts(const std::string& key, const std::vector<std::string>& value) = 0;
     virtual void remove(const std::string& key) = 0;
 
-    /// The store in force; an empty one in memory until another is installed.
+    /// The store in force; an empty one in memory until another is installed. Installing ends the
+    /// old store, so it is done before other threads run.
     static Preferences& current();
     static void install(std::unique_ptr<Preferences> store);
 };
@@ -40,6 +42,11 @@ public:
     void remove(const std::string& key) override;
 
 private:
+    template <typename Value>
+    std::optional<Value> value(const std::string& key) const;
+
+    mutable std::mutex lock_;
+    // guarded by lock_
     std::map<std::string, std::variant<bool, std::string, std::vector<std::string>>> values_;
 };
 

@@ -50,24 +50,53 @@ int flock(int fd, int operation);
 int setModified(const std::filesystem::path& path, FileTime time);
 /// FICLONE: the whole of `from` becomes the content of `to`, sharing its blocks.
 int clone(int to, int from);
-ssize_t copyFileRange(int from, std::uint64_t fromAt, int to, std::uint64_t toAt, std::size_t count);
+ssize_t copyFileRange(int from, std::uint64_t fromAt, int to, std::uint64_t toAt,
+                      std::size_t count);
+/// Asks for a range to be read into the page cache in the background.
+void readAhead(int fd, std::uint64_t at, std::uint64_t count);
+/// Sends a written range on its way to the disk without waiting for it.
+void startFlush(int fd, std::uint64_t at, std::uint64_t count);
 /// Drops a range from the page cache; the writing side is sent to the disk first.
 void dropCache(int fd, std::uint64_t at, std::uint64_t count);
 void flushAndDropCache(int fd, std::uint64_t at, std::uint64_t count);
 
 enum class Call {
-    Open, Read, Write, Truncate, Flush, Rename, Unlink, MakeFolder, Lock, SetModified, Clone, Stat
+    Open,
+    Read,
+    Write,
+    Truncate,
+    Flush,
+    Rename,
+    Unlink,
+    MakeFolder,
+    Lock,
+    SetModified,
+    Clone,
+    Stat
 };
 
-/// While it lives, the nth matching call (from 1) and, if `forever`, all after it fail with `error`.
-/// For tests; `path` empty means any file. A call on a descriptor is matched by the path it was
-/// opened with. One fault at a time per kind of call.
+/// While it lives, the nth matching call (from 1) and, if `forever`, all after it fail with
+/// `error`. For tests; `path` empty means any file. A call on a descriptor is matched by the path
+/// it was opened with, a rename by either end. One fault at a time per kind of call. An EINTR is
+/// repeated as the real one is.
 class Fault {
 public:
     Fault(Call call, int error, int nth = 1, bool forever = false, std::filesystem::path path = {});
     ~Fault();
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;
+
+private:
+    Call call_;
+};
+
+/// While it lives, no read or write moves more than `most` bytes. For tests.
+class ShortTransfers {
+public:
+    explicit ShortTransfers(std::size_t most);
+    ~ShortTransfers();
+    ShortTransfers(const ShortTransfers&) = delete;
+    ShortTransfers& operator=(const ShortTransfers&) = delete;
 };
 
 }  // namespace Sys
