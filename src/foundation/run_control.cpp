@@ -1,5 +1,8 @@
 #include "foundation/run_control.h"
 
+#include <chrono>
+#include <thread>
+
 #include "foundation/errors.h"
 
 namespace marlet {
@@ -8,7 +11,13 @@ namespace {
 
 // Never held together with a control's own mutex.
 std::mutex criticalLock;
-int criticalCount = 0;  // guarded by criticalLock
+int criticalCount = 0;       // guarded by criticalLock
+bool closedForQuit = false;  // guarded by criticalLock
+
+/// The process ends within moments; whoever comes here must not touch a file any more.
+[[noreturn]] void waitForTheEnd() {
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 }  // namespace
 
@@ -52,13 +61,24 @@ void RunControl::setCritical(bool on) {
         // A job parked in a checkpoint on another thread must see it.
         cond_.notify_all();
     }
-    const std::lock_guard guard(criticalLock);
+    std::unique_lock guard(criticalLock);
+    if (on && closedForQuit) {
+        guard.unlock();
+        waitForTheEnd();
+    }
     criticalCount += on ? 1 : -1;
 }
 
 bool RunControl::criticalActive() {
     const std::lock_guard guard(criticalLock);
     return criticalCount > 0;
+}
+
+bool RunControl::closeForQuit() {
+    const std::lock_guard guard(criticalLock);
+    if (criticalCount > 0) return false;
+    closedForQuit = true;
+    return true;
 }
 
 }  // namespace marlet

@@ -33,6 +33,10 @@ public:
     /// True while any job of this process is in a critical section.
     static bool criticalActive();
 
+    /// For the very end of the program: true when no job is in a critical section, and then none
+    /// can enter one any more (it waits for the process to end), so that the answer stays true.
+    static bool closeForQuit();
+
 private:
     mutable std::mutex mutex_;
     std::condition_variable cond_;
@@ -44,7 +48,9 @@ private:
 /// Holds a job in its critical section for as long as it lives.
 class CriticalSection {
 public:
-    explicit CriticalSection(RunControl& control) : control_(control) { control_.setCritical(true); }
+    explicit CriticalSection(RunControl& control) : control_(control) {
+        control_.setCritical(true);
+    }
     ~CriticalSection() { control_.setCritical(false); }
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
