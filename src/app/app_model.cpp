@@ -63,7 +63,9 @@ int countOf(const std::vector<ResolvedFile>& files, const Test& test) {
 
 }  // namespace
 
-int AppModel::fileCount() const { return static_cast<int>(allFiles().size()); }
+int AppModel::fileCount() const {
+    return static_cast<int>(allFiles().size());
+}
 
 int AppModel::readyCount() const {
     return countOf(allFiles(), [&](const auto& file) { return review_.isReady(file); });
@@ -191,7 +193,9 @@ bool AppModel::isLocked(const ResolvedFile& file) const {
                        [](const Path& component) { return component == "Media Library"; });
 }
 
-AppModel::Path AppModel::outputFolder() { return outputOverride.value_or(Settings::outputFolder()); }
+AppModel::Path AppModel::outputFolder() {
+    return outputOverride.value_or(Settings::outputFolder());
+}
 
 void AppModel::forget(const Path& file) {
     plans_.forget(file);

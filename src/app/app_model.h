@@ -47,9 +47,9 @@ public:
     enum class Tab { review, queue, history };
 
     struct Parts {
-        WriteQueue::Worker worker;         ///< empty: the real one
-        PlanStore::Builder planBuilder;    ///< empty: the real one
-        HistoryStore* history = nullptr;   ///< null: the shared one
+        WriteQueue::Worker worker;        ///< empty: the real one
+        PlanStore::Builder planBuilder;   ///< empty: the real one
+        HistoryStore* history = nullptr;  ///< null: the shared one
     };
     AppModel() : AppModel(Parts{}) {}
     explicit AppModel(Parts parts);

@@ -17,7 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::optional<Sys::FileStat> stamp() { return Sys::stat(Paths::historyFile()); }
+std::optional<Sys::FileStat> stamp() {
+    return Sys::stat(Paths::historyFile());
+}
 
 bool sameStamp(const std::optional<Sys::FileStat>& a, const std::optional<Sys::FileStat>& b) {
     if (!a || !b) return !a && !b;
@@ -40,7 +42,9 @@ HistoryStore& HistoryStore::shared() {
     return store;
 }
 
-HistoryStore::HistoryStore() { load(); }
+HistoryStore::HistoryStore() {
+    load();
+}
 
 void HistoryStore::load() {
     stamp_ = stamp();
@@ -119,12 +123,12 @@ std::string HistoryStore::csv() const {
         "Date,File,Title,Show,Season,Episode,Result,Sound layout before (s),"
         "Sound layout after (s),What changed,Note\n";
     for (const HistoryEntry& entry : entries_) {
-        text += Text::join({Dates::iso8601(entry.date), quoted(entry.path), quoted(entry.title),
-                            quoted(entry.show.value_or("")), decimal(entry.season),
-                            decimal(entry.episode), entry.result, seconds(entry.before),
-                            seconds(entry.after), quoted(Text::join(entry.changes, "; ")),
-                            quoted(entry.message)},
-                           ",");
+        text += Text::join(
+            {Dates::iso8601(entry.date), quoted(entry.path), quoted(entry.title),
+             quoted(entry.show.value_or("")), decimal(entry.season), decimal(entry.episode),
+             entry.result, seconds(entry.before), seconds(entry.after),
+             quoted(Text::join(entry.changes, "; ")), quoted(entry.message)},
+            ",");
         text += "\n";
     }
     return text;

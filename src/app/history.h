@@ -61,7 +61,7 @@ private:
     void takeInWhatOthersWrote();
 
     std::vector<HistoryEntry> entries_;
-    bool damaged_ = false;  ///< the file exists but could not be read
+    bool damaged_ = false;                ///< the file exists but could not be read
     std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
 };
 

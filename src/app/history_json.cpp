@@ -10,7 +10,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string readable(const std::string& text) { return Text::repairUtf8(viewOf(text)); }
+std::string readable(const std::string& text) {
+    return Text::repairUtf8(viewOf(text));
+}
 
 template <typename T>
 void put(Json& json, const char* key, const std::optional<T>& value) {
@@ -70,7 +72,8 @@ HistoryEntry decodeEntry(const Json& json) {
     if (!date) throw std::invalid_argument("date");
     entry.date = *date;
     entry.path = json.at("path").get<std::string>();
-    if (json.contains("pathBytes")) entry.path = textOf(fromHex(json["pathBytes"].get<std::string>()));
+    if (json.contains("pathBytes"))
+        entry.path = textOf(fromHex(json["pathBytes"].get<std::string>()));
     entry.title = json.at("title").get<std::string>();
     take(json, "show", entry.show);
     take(json, "season", entry.season);

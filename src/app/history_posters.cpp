@@ -17,8 +17,7 @@ constexpr auto keepFor = std::chrono::days(180);
 }
 
 std::string pathFor(const std::string& key) {
-    const std::string name =
-        Text::replaceAll(Text::replaceAll(key, "/", "_"), ".jpg", "") + ".jpg";
+    const std::string name = Text::replaceAll(Text::replaceAll(key, "/", "_"), ".jpg", "") + ".jpg";
     return (Paths::historyPostersDir() / name).string();
 }
 

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Details = std::vector<std::pair<std::string, std::string>>;
+using Pairs = std::vector<std::pair<std::string, std::string>>;
 
 std::string numbered(const HistoryEntry& entry) {
     char text[32] = "";
@@ -71,8 +71,8 @@ bool canBeRestored(const HistoryRow& row) {
 
 }  // namespace
 
-Details historyRowDetails(const HistoryRow& row, const HistoryEntry& told) {
-    Details details;
+Pairs historyRowDetails(const HistoryRow& row, const HistoryEntry& told) {
+    Pairs details;
     const HistoryEntry& first = row.entries.front();
     const bool isNewFile = row.done && first.how == "New .m4v";
     if (row.entries.size() > 1) details.emplace_back("Episodes", episodes(row));

@@ -1,1 +1,48 @@
-int main() { return 0; }
+#include <QCoreApplication>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/app_model.h"
+#include "app/headless.h"
+#include "app/quit_gate.h"
+#include "app/settings.h"
+#include "foundation/preferences.h"
+#include "foundation/run_mode.h"
+#include "foundation/work_area.h"
+#include "sources/async.h"
+#include "write/tag_writer.h"
+
+namespace {
+
+using namespace marlet;
+
+/// What a launch does once, in this order: take the files that were handed over, finish an
+/// interrupted write before anything can be queued, clear what dead jobs left, run what was asked.
+Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
+    if (!options.files.empty()) model.add(options.files);
+    if (const auto message = TagWriter::recoverInterruptedWrite()) {
+        model.notice = *message;
+        std::fprintf(stderr, "NOTICE %s\n", message->c_str());
+    }
+    if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
+    const bool end = co_await Headless::runIfRequested(model, options);
+    if (end) gate.requestQuit();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    RunMode::setArguments({argv + 1, argv + argc});
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("marlet"));
+    Preferences::install(Settings::open());
+
+    AppModel model;
+    QuitGate gate;
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [&] { launch(model, gate, Headless::parse(RunMode::arguments())); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}

@@ -9,7 +9,9 @@ namespace marlet {
 
 PlanStore::PlanStore(Builder builder) : builder_(std::move(builder)) {}
 
-bool PlanStore::needsPlan(const Path& file) { return Scanner::extensionOf(file) == "mkv"; }
+bool PlanStore::needsPlan(const Path& file) {
+    return Scanner::extensionOf(file) == "mkv";
+}
 
 const ConvertPlan* PlanStore::find(const Path& file) const {
     const auto found = plans_.find(file);

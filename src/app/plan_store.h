@@ -22,7 +22,8 @@ class PlanStore {
 public:
     using Path = std::filesystem::path;
     /// Reads the whole file; runs on a worker. Nothing when the file can't be read.
-    using Builder = std::function<std::optional<ConvertPlan>(const Path&, const std::string& languages)>;
+    using Builder =
+        std::function<std::optional<ConvertPlan>(const Path&, const std::string& languages)>;
 
     explicit PlanStore(Builder builder);
     PlanStore(const PlanStore&) = delete;

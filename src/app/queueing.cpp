@@ -72,7 +72,9 @@ void describe(Job& job, const Details& details, const ResolvedFile& file) {
     job.size = static_cast<std::uint64_t>(std::max<std::int64_t>(file.file.size, 0));
 }
 
-std::string plural(std::size_t count) { return count == 1 ? "" : "s"; }
+std::string plural(std::size_t count) {
+    return count == 1 ? "" : "s";
+}
 
 }  // namespace
 
@@ -84,7 +86,9 @@ std::string AppModel::label(const Details& details, const Path& file) {
     return details.title.empty() ? file.stem().string() : details.title;
 }
 
-void AppModel::addToQueue(std::vector<LibraryItem> items) { addToQueueNow(std::move(items)); }
+void AppModel::addToQueue(std::vector<LibraryItem> items) {
+    addToQueueNow(std::move(items));
+}
 
 Task<> AppModel::addToQueueNow(std::vector<LibraryItem> items) {
     const auto tmdb = TMDBClient::make(KeyStore::builtIn());

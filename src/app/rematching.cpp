@@ -86,18 +86,18 @@ Match episodeFrom(const ExtShow& show, const ExtShowInfo& info, const ExtEpisode
     match.episodeTitle = episode.title.empty() ? show.title : episode.title;
     match.runtimeMinutes = episode.minutes;
     match.posterPath = firstOf(tall, show.poster);
-    match.manual = ManualDetails{
-        .title = *match.episodeTitle,
-        .description = episode.overview.empty() ? info.overview : episode.overview,
-        .releaseDate = episode.date.empty() ? info.date : episode.date,
-        .cast = info.cast,
-        .directors = {},
-        .writers = {},
-        .source = show.source,
-        .genre = info.genre,
-        .rating = info.rating,
-        .wide = info.wide,
-        .tall = tall};
+    match.manual =
+        ManualDetails{.title = *match.episodeTitle,
+                      .description = episode.overview.empty() ? info.overview : episode.overview,
+                      .releaseDate = episode.date.empty() ? info.date : episode.date,
+                      .cast = info.cast,
+                      .directors = {},
+                      .writers = {},
+                      .source = show.source,
+                      .genre = info.genre,
+                      .rating = info.rating,
+                      .wide = info.wide,
+                      .tall = tall};
     return match;
 }
 
@@ -155,9 +155,8 @@ Task<> AppModel::rematchExternal(Path file, ExternalSource* via, ExtShow show, i
     try {
         const ExtShowInfo info = co_await via->showInfo(show);
         const std::vector<ExtEpisode> all = co_await via->episodes(season, show);
-        const auto found = std::find_if(all.begin(), all.end(), [&](const ExtEpisode& each) {
-            return each.number == episode;
-        });
+        const auto found = std::find_if(
+            all.begin(), all.end(), [&](const ExtEpisode& each) { return each.number == episode; });
         ExtEpisode chosen;
         if (found != all.end()) chosen = *found;
         chosen.season = season;
@@ -226,7 +225,8 @@ Task<> AppModel::refreshFromTMDB(std::string itemID) {
         const ResolvedFile* old = review_.find(file.file.url);
         // A match that a person has confirmed is not undone by a refresh.
         ResolvedFile next = file;
-        if (old->match && isConfirmed(*old) && old->match->tmdbID != file.match->tmdbID) next = *old;
+        if (old->match && isConfirmed(*old) && old->match->tmdbID != file.match->tmdbID)
+            next = *old;
         review_.replace(file.file.url, next);
         drafts_.forget(file.file.url);
     }

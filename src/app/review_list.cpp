@@ -49,9 +49,8 @@ void ReviewList::remove(const std::set<fs::path>& gone) {
 
 bool ReviewList::replace(const fs::path& file, const ResolvedFile& resolved) {
     std::vector<ResolvedFile> all = files();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const ResolvedFile& each) {
-        return each.file.url == file;
-    });
+    const auto found = std::find_if(
+        all.begin(), all.end(), [&](const ResolvedFile& each) { return each.file.url == file; });
     if (found == all.end()) return false;
     *found = resolved;
     regroup(all);
@@ -62,6 +61,8 @@ bool ReviewList::isConfirmed(const ResolvedFile& file) const {
     return file.verdict.isCertain() || confirmed_.contains(file.file.url);
 }
 
-void ReviewList::regroup(const std::vector<ResolvedFile>& all) { items_ = Matcher::group(all); }
+void ReviewList::regroup(const std::vector<ResolvedFile>& all) {
+    items_ = Matcher::group(all);
+}
 
 }  // namespace marlet

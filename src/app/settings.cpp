@@ -11,7 +11,9 @@ namespace marlet::Settings {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 /// One INI file. A job's thread reads settings too, so each call holds the lock.
 class StoredPreferences : public Preferences {
@@ -77,9 +79,13 @@ std::unique_ptr<Preferences> open() {
     return std::make_unique<StoredPreferences>(Paths::preferencesFile());
 }
 
-bool fixForAppleTV() { return Preferences::current().boolean("fixForAppleTV").value_or(true); }
+bool fixForAppleTV() {
+    return Preferences::current().boolean("fixForAppleTV").value_or(true);
+}
 
-void setFixForAppleTV(bool on) { Preferences::current().setBoolean("fixForAppleTV", on); }
+void setFixForAppleTV(bool on) {
+    Preferences::current().setBoolean("fixForAppleTV", on);
+}
 
 bool allowLibraryWrites() {
     return Preferences::current().boolean("allowLibraryWrites").value_or(false);

@@ -4,7 +4,8 @@
 
 namespace marlet {
 
-WriteOutcome runJob(const WriteRequest& request, RunControl& control, const StepProgress& progress) {
+WriteOutcome runJob(const WriteRequest& request, RunControl& control,
+                    const StepProgress& progress) {
     if (!request.isConvert()) return TagWriter::write(request, control, progress);
     // Both converters need the media tool before anything else, and this build carries none.
     WriteOutcome outcome;

@@ -16,11 +16,15 @@ using State = WriteQueue::Job::State;
 
 State stateOf(WriteOutcome::Status status) {
     switch (status) {
-        case WriteOutcome::Status::done: return State::done;
-        case WriteOutcome::Status::skipped: return State::skipped;
-        case WriteOutcome::Status::cancelled: return State::cancelled;
+        case WriteOutcome::Status::done:
+            return State::done;
+        case WriteOutcome::Status::skipped:
+            return State::skipped;
+        case WriteOutcome::Status::cancelled:
+            return State::cancelled;
         case WriteOutcome::Status::failed:
-        case WriteOutcome::Status::stopped: break;
+        case WriteOutcome::Status::stopped:
+            break;
     }
     return State::failed;
 }
@@ -55,12 +59,18 @@ HistoryEntry entryOf(const WriteQueue::Job& job, const WriteOutcome& outcome,
 
 std::string name(WriteQueue::Job::State state) {
     switch (state) {
-        case State::waiting: return "waiting";
-        case State::running: return "running";
-        case State::done: return "done";
-        case State::failed: return "failed";
-        case State::skipped: return "skipped";
-        case State::cancelled: break;
+        case State::waiting:
+            return "waiting";
+        case State::running:
+            return "running";
+        case State::done:
+            return "done";
+        case State::failed:
+            return "failed";
+        case State::skipped:
+            return "skipped";
+        case State::cancelled:
+            break;
     }
     return "cancelled";
 }
@@ -77,9 +87,15 @@ int WriteQueue::count(State state) const {
                                           [&](const Job& job) { return job.state == state; }));
 }
 
-int WriteQueue::waitingCount() const { return count(State::waiting); }
-int WriteQueue::doneCount() const { return count(State::done); }
-int WriteQueue::skippedCount() const { return count(State::skipped); }
+int WriteQueue::waitingCount() const {
+    return count(State::waiting);
+}
+int WriteQueue::doneCount() const {
+    return count(State::done);
+}
+int WriteQueue::skippedCount() const {
+    return count(State::skipped);
+}
 
 std::vector<WriteQueue::Job> WriteQueue::failedJobs() const {
     std::vector<Job> failed;

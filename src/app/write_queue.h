@@ -41,7 +41,8 @@ public:
         double fraction = 0;
         std::optional<WriteOutcome> outcome;
     };
-    using Worker = std::function<WriteOutcome(const WriteRequest&, RunControl&, const StepProgress&)>;
+    using Worker =
+        std::function<WriteOutcome(const WriteRequest&, RunControl&, const StepProgress&)>;
 
     /// The worker defaults to the choice by mode: TagWriter or a converter.
     explicit WriteQueue(HistoryStore& history, Worker worker = {});

@@ -1,0 +1,60 @@
+#include "app/headless.h"
+
+#include <cstdio>
+
+#include "app/settings.h"
+#include "foundation/preferences.h"
+#include "identify/guess_model.h"
+
+namespace marlet::Headless {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+void applyForTheRun(const Options& options) {
+    if (options.noAI) AIGuesser::setDisabled(true);
+    if (options.noFix) Settings::setFixForAppleTV(false);
+    if (options.outputDir) {
+        AppModel::outputOverride = std::filesystem::absolute(*options.outputDir);
+        Preferences::current().setBoolean("sourceOn.appleTV", false);
+    }
+}
+
+void trace(const Options& options, const std::string& text) {
+    if (options.trace) std::fputs(("headless: " + text + "\n").c_str(), stderr);
+}
+
+Task<> runScan(AppModel& model, Options options) {
+    trace(options, "adding " + std::to_string(options.scan.size()) + " roots");
+    model.add(options.scan);
+    co_await waitForScan(model);
+    trace(options, "scan done, " + std::to_string(model.items().size()) + " items");
+    if (options.report) writeReport(*options.report, model);
+}
+
+}  // namespace
+
+Task<> waitForScan(AppModel& model) {
+    while (model.isWorking()) co_await Async::sleep(20ms);
+}
+
+Task<bool> runIfRequested(AppModel& model, Options options) {
+    trace(options, "entered");
+    applyForTheRun(options);
+    if (options.restoreLastBatch) {
+        co_await restoreLastBatch(model);
+        co_return true;
+    }
+    if (!options.tag.empty()) {
+        co_await runTagTest(model, options);
+        co_return options.quit;
+    }
+    if (!options.scan.empty()) {
+        co_await runScan(model, options);
+        co_return options.quit;
+    }
+    co_return false;
+}
+
+}  // namespace marlet::Headless

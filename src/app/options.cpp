@@ -1,0 +1,86 @@
+#include <functional>
+#include <map>
+
+#include "app/headless.h"
+#include "foundation/text.h"
+
+namespace marlet::Headless {
+
+namespace {
+
+using Taker = std::function<void(Options&, const std::string&)>;
+using Flag = bool Options::*;
+
+const std::map<std::string, Taker>& valued() {
+    static const std::map<std::string, Taker> table = {
+        {"--scan", [](Options& o, const std::string& value) { o.scan.push_back(value); }},
+        {"--report", [](Options& o, const std::string& value) { o.report = value; }},
+        {"--tag", [](Options& o, const std::string& value) { o.tag.push_back(value); }},
+        {"--output-dir", [](Options& o, const std::string& value) { o.outputDir = value; }},
+        {"--confirm", [](Options& o, const std::string& value) { o.confirm.push_back(value); }},
+    };
+    return table;
+}
+
+const std::map<std::string, Flag>& flags() {
+    static const std::map<std::string, Flag> table = {
+        {"--confirm-all", &Options::confirmAll},
+        {"--ignore-tags", &Options::ignoreTags},
+        {"--no-ai", &Options::noAI},
+        {"--no-fix", &Options::noFix},
+        {"--restore-original", &Options::restoreOriginal},
+        {"--restore-last-batch", &Options::restoreLastBatch},
+        {"--quit", &Options::quit},
+        {"--trace", &Options::trace},
+        {"--plan-test", &Options::planTest},
+        {"--plan-only", &Options::planOnly},
+        {"--art-report", &Options::artReport},
+        {"--match-only", &Options::matchOnly},
+        {"--roundtrip", &Options::roundtrip},
+    };
+    return table;
+}
+
+bool isOption(const std::string& argument) {
+    return Text::startsWith(argument, "--");
+}
+
+}  // namespace
+
+Options parse(const std::vector<std::string>& arguments) {
+    Options options;
+    bool scripted = false;
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        const std::string& argument = arguments[i];
+        if (!isOption(argument)) continue;
+        scripted = true;
+        const std::size_t equals = argument.find('=');
+        const std::string name = argument.substr(0, equals);
+        if (const auto flag = flags().find(name); flag != flags().end()) {
+            options.*(flag->second) = true;
+            continue;
+        }
+        const auto taker = valued().find(name);
+        if (taker == valued().end()) continue;
+        if (equals != std::string::npos)
+            taker->second(options, argument.substr(equals + 1));
+        else if (i + 1 < arguments.size() && !Text::startsWith(arguments[i + 1], "-"))
+            taker->second(options, arguments[i + 1]);
+    }
+    if (!scripted) options.files.assign(arguments.begin(), arguments.end());
+    return options;
+}
+
+std::optional<std::string> value(const std::string& option,
+                                 const std::vector<std::string>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); i++) {
+        const std::size_t equals = arguments[i].find('=');
+        if (arguments[i].substr(0, equals) != option) continue;
+        if (equals != std::string::npos) return arguments[i].substr(equals + 1);
+        if (i + 1 < arguments.size()) return arguments[i + 1];
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+}  // namespace marlet::Headless

@@ -1,0 +1,62 @@
+#include "app/quit_gate.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include "foundation/run_control.h"
+
+namespace marlet {
+
+namespace {
+
+// A signal handler may do nothing but write a byte; the event loop reads it.
+int signalPipe[2] = {-1, -1};
+
+extern "C" void onSignal(int) {
+    const char byte = 1;
+    const ssize_t ignored = write(signalPipe[0], &byte, 1);
+    static_cast<void>(ignored);
+}
+
+}  // namespace
+
+QuitGate::QuitGate() {
+    poll_.setInterval(200);
+    QObject::connect(&poll_, &QTimer::timeout, &poll_, [this] { tryToEnd(); });
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
+    signals_ = std::make_unique<QSocketNotifier>(signalPipe[1], QSocketNotifier::Read);
+    QObject::connect(signals_.get(), &QSocketNotifier::activated, signals_.get(), [this] {
+        char byte = 0;
+        const ssize_t ignored = read(signalPipe[1], &byte, 1);
+        static_cast<void>(ignored);
+        requestQuit();
+    });
+    struct sigaction action {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGTERM, &action, nullptr);
+    sigaction(SIGINT, &action, nullptr);
+}
+
+QuitGate::~QuitGate() {
+    std::signal(SIGTERM, SIG_DFL);
+    std::signal(SIGINT, SIG_DFL);
+}
+
+void QuitGate::requestQuit() {
+    tryToEnd();
+    poll_.start();
+}
+
+void QuitGate::tryToEnd() {
+    if (!RunControl::closeForQuit()) return;
+    std::fflush(nullptr);
+    // A worker may still be copying; it is abandoned, not waited for.
+    std::_Exit(0);
+}
+
+}  // namespace marlet

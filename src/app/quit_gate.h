@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QSocketNotifier>
+#include <QTimer>
+#include <memory>
+
+namespace marlet {
+
+/// Every way of ending the program passes here: the end of a scripted mode, SIGTERM and SIGINT,
+/// and later the window and the session. While a file is being changed the answer is "later", and
+/// the program ends by itself as soon as it no longer is. A job outside its critical section is
+/// abandoned: its lock dies with the process and the next start clears its folder.
+class QuitGate {
+public:
+    /// Takes over SIGTERM and SIGINT.
+    QuitGate();
+    ~QuitGate();
+    QuitGate(const QuitGate&) = delete;
+    QuitGate& operator=(const QuitGate&) = delete;
+
+    /// Ends the process with status 0, now or when the last critical section has ended.
+    void requestQuit();
+
+private:
+    void tryToEnd();
+
+    QTimer poll_;
+    std::unique_ptr<QSocketNotifier> signals_;
+};
+
+}  // namespace marlet

@@ -1,0 +1,167 @@
+#include <cstdio>
+
+#include "app/headless.h"
+#include "app/settings.h"
+#include "foundation/text.h"
+#include "write/result_line.h"
+
+namespace marlet::Headless {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+void print(const std::string& line) {
+    std::fputs((Text::repairUtf8(viewOf(line)) + "\n").c_str(), stdout);
+    std::fflush(stdout);
+}
+
+Task<> waitForQueue(AppModel& model) {
+    while (model.queue().active() || !model.queue().finished()) co_await Async::sleep(20ms);
+}
+
+std::string sourceWords(const ResolvedFile& file) {
+    if (!file.match) return "no source";
+    return file.match->byHand() ? "by hand" : displayName(file.match->sourceID());
+}
+
+void printMatches(const AppModel& model) {
+    for (const ResolvedFile& file : model.allFiles()) {
+        const std::string verdict = file.verdict.isCertain()
+                                        ? "CERTAIN"
+                                        : "LOOK: " + Text::join(file.verdict.reasons(), "; ");
+        const std::string layout =
+            file.file.interleave ? Text::fixed(*file.file.interleave, 2) + " s" : "-";
+        print("matched: " + file.file.url.filename().string() + " -> " +
+              (file.match ? file.match->title : "-") + " " + sourceWords(file) + " " + verdict +
+              " layout " + layout);
+    }
+}
+
+std::string artWords(const std::optional<ArtworkOption>& option) {
+    return option ? option->path : "-";
+}
+
+void printArt(const AppModel& model) {
+    for (const ResolvedFile& file : model.allFiles()) {
+        const std::string name = file.file.url.filename().string();
+        const FileDraft* draft = model.drafts().find(file.file.url);
+        if (draft == nullptr) {
+            print("ART " + name + ": no draft");
+            continue;
+        }
+        const ArtworkStyle style = draft->styleOverride.value_or(Settings::artworkStyle());
+        std::vector<std::string> grid;
+        for (const ArtworkOption& each : style == ArtworkStyle::wide ? draft->wide : draft->tall)
+            grid.push_back(each.path);
+        print("ART " + name + " " + artWords(draft->chosen(Settings::artworkStyle())) +
+              "; grid order = " + Text::join(grid, " "));
+    }
+}
+
+void applyConfirmations(AppModel& model, const Options& options) {
+    for (const ResolvedFile& file : model.allFiles()) {
+        bool wanted = options.confirmAll;
+        for (const std::string& part : options.confirm)
+            wanted = wanted || Text::contains(file.file.url.filename().string(), part);
+        if (wanted) model.confirm(file.file.url);
+    }
+}
+
+Task<> loadAllDrafts(AppModel& model) {
+    const std::vector<LibraryItem> items = model.items();
+    for (const LibraryItem& item : items) co_await model.loadDrafts(item);
+}
+
+void printResults(const AppModel& model, const WriteQueue& queue) {
+    if (model.notice) print("NOTICE " + *model.notice);
+    for (const WriteQueue::Job& job : queue.jobs())
+        print(resultLine(name(job.state), job.label, job.outcome.value_or(WriteOutcome{})));
+}
+
+Task<> plans(AppModel& model, bool twice) {
+    const std::vector<ResolvedFile> files = model.allFiles();
+    for (const char* label : {"first", "final"}) {
+        if (!twice && std::string_view(label) == "first") continue;
+        const auto begun = std::chrono::steady_clock::now();
+        for (const ResolvedFile& file : files) {
+            model.plans().analyse(file.file.url);
+            co_await model.plans().finish(file.file.url);
+        }
+        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
+        if (twice)
+            print("PLAN progress 100% after " + Text::fixed(took.count(), 1) + " s (" + label +
+                  ")");
+    }
+}
+
+}  // namespace
+
+Task<> runTagTest(AppModel& model, Options options) {
+    model.add(options.tag);
+    co_await waitForScan(model);
+    applyConfirmations(model, options);
+    if (options.planTest || options.planOnly) co_await plans(model, options.planTest);
+    if (options.planOnly) co_return;
+    if (options.artReport) {
+        co_await loadAllDrafts(model);
+        printArt(model);
+    }
+    printMatches(model);
+    if (options.matchOnly) co_return;
+
+    const std::vector<std::filesystem::path> files = options.tag;
+    co_await model.addToQueueNow(model.items());
+    const bool hasJobs = model.queue().waitingCount() > 0;
+    model.queue().start();
+    if (hasJobs) co_await waitForQueue(model);
+    printResults(model, model.queue());
+    if (!hasJobs && !model.notice && model.toast()) print("NOTICE " + *model.toast());
+
+    if (options.restoreOriginal && hasJobs) {
+        std::vector<std::filesystem::path> written;
+        for (const WriteQueue::Job& job : model.queue().jobs()) written.push_back(job.request.file);
+        for (const std::filesystem::path& file : written) {
+            model.restoreOriginal(file);
+            co_await waitForQueue(model);
+            printResults(model, model.queue());
+        }
+    }
+    if (options.roundtrip) {
+        model.add(files);
+        co_await waitForScan(model);
+        print("AFTER ADD: review " + std::to_string(model.fileCount()));
+        model.add(files);
+        co_await waitForScan(model);
+        print("AFTER ADD AGAIN: review " + std::to_string(model.fileCount()) +
+              " file(s), queue waiting " + std::to_string(model.queue().waitingCount()));
+    }
+}
+
+Task<> restoreLastBatch(AppModel& model) {
+    const std::vector<HistoryEntry>& entries = model.history().entries();
+    std::optional<std::string> batch;
+    for (const HistoryEntry& entry : entries) {
+        if (entry.isRestore.value_or(false) || !entry.batchID) continue;
+        batch = entry.batchID;
+        break;
+    }
+    if (!batch) {
+        print("no run in History");
+        co_return;
+    }
+    std::vector<HistoryEntry> run;
+    for (const HistoryEntry& entry : entries)
+        if (entry.batchID == batch) run.push_back(entry);
+    model.restoreBatch(run);
+    if (model.queue().jobs().empty()) {
+        print("NOTICE " + model.notice.value_or(""));
+        co_return;
+    }
+    co_await waitForQueue(model);
+    for (const WriteQueue::Job& job : model.queue().jobs())
+        print("RESTORE " + name(job.state) + ": " + job.label + " | " +
+              (job.outcome ? job.outcome->message : ""));
+}
+
+}  // namespace marlet::Headless
