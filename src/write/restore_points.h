@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "write/change_summary.h"
 #include "write/ilst_editor.h"
 
 namespace marlet {
@@ -24,13 +25,8 @@ bool saveIfMissing(const std::filesystem::path& file, const std::vector<Atom>& a
 /// Reads the saved copy back and fails when it isn't what it should be.
 void verifySaved(const std::filesystem::path& file, const std::vector<Atom>& current, bool created);
 /// The atoms to put back; the account tags come from `current`.
-std::vector<Atom> originalAtoms(const std::filesystem::path& file, const std::vector<Atom>& current);
+std::vector<Atom> originalAtoms(const std::filesystem::path& file,
+                                const std::vector<Atom>& current);
 
 }  // namespace RestorePoints
-
-/// Tells in words what changed between two lists of tag items.
-namespace ChangeSummary {
-std::vector<std::string> describe(const std::vector<Atom>& old, const std::vector<Atom>& fresh);
-}
-
 }  // namespace marlet
