@@ -21,8 +21,8 @@ Task<FileDraft> loadManual(Match match, ManualDetails manual, std::optional<int>
 /// Fills what is empty; never replaces what is there; a failure leaves the draft as it is.
 Task<FileDraft> fillBlanks(FileDraft draft, Match match, std::shared_ptr<TMDBClient> tmdb);
 
-std::vector<ArtworkOption> options(std::vector<TMDBImage> images, std::optional<std::string> fallback,
-                                   ArtworkOption::Shape shape);
+std::vector<ArtworkOption> options(std::vector<TMDBImage> images,
+                                   std::optional<std::string> fallback, ArtworkOption::Shape shape);
 std::string shorten(const std::string& text, std::size_t limit);
 std::vector<std::string> unique(const std::vector<std::string>& list);
 std::string combinedTitle(const std::string& a, const std::string& b);

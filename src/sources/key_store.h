@@ -9,8 +9,12 @@ namespace marlet {
 /// only: never in a file, a setting, a log or a command line.
 namespace KeyStore {
 
-/// The first of: MARLET_TMDB_TOKEN; the keyring (not in an automated run); what was compiled in.
+/// The first of: MARLET_TMDB_TOKEN; the keyring (not in an automated run, and asked once in a
+/// process); what was compiled in.
 std::optional<std::string> builtIn();
+/// Puts the person's own token into the keyring; false when that didn't work, and then nothing is
+/// stored anywhere.
+bool keep(const std::string& token);
 /// RunMode::automated.
 bool automated();
 

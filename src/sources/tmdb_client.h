@@ -74,6 +74,6 @@ namespace ImageRef {
 /// The address of a picture: the image service's root, "/t/p/", the size and the path. A path
 /// that begins "http" is one already.
 std::string url(const std::string& path, const std::string& size);
-}
+}  // namespace ImageRef
 
 }  // namespace marlet
