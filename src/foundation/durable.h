@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include "foundation/bytes.h"
 
@@ -19,6 +20,9 @@ void flushFile(const std::filesystem::path& file);
 void flushFolder(const std::filesystem::path& folder);
 /// Renames and flushes the folder(s).
 void rename(const std::filesystem::path& from, const std::filesystem::path& to);
+/// The same with the caller's own phrase for every failure.
+void rename(const std::filesystem::path& from, const std::filesystem::path& to,
+            const std::string& phrase);
 /// Removes the file and flushes its folder. A file that is not there is no failure.
 void remove(const std::filesystem::path& file);
 

@@ -24,7 +24,7 @@ struct Armed {
     int seen = 0;
 };
 
-constexpr std::size_t callCount = static_cast<std::size_t>(Call::Stat) + 1;
+constexpr std::size_t callCount = static_cast<std::size_t>(Call::Space) + 1;
 
 std::atomic<int> armedCount{0};
 std::atomic<std::size_t> transferLimit{std::numeric_limits<std::size_t>::max()};

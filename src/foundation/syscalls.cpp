@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -148,6 +149,13 @@ ssize_t copyFileRange(int from, std::uint64_t fromAt, int to, std::uint64_t toAt
     // It shares blocks, reads and writes at once: a fault of any of the three stops it.
     return run(Call::Clone, to,
                [&] { return run(Call::Read, from, [&] { return run(Call::Write, to, body); }); });
+}
+
+std::optional<std::uint64_t> availableBytes(const fs::path& path) {
+    struct statvfs found {};
+    if (run(Call::Space, path, [&] { return ::statvfs(path.c_str(), &found); }) != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(found.f_bavail) * found.f_frsize;
 }
 
 void readAhead(int fd, std::uint64_t at, std::uint64_t count) {

@@ -52,6 +52,8 @@ int setModified(const std::filesystem::path& path, FileTime time);
 int clone(int to, int from);
 ssize_t copyFileRange(int from, std::uint64_t fromAt, int to, std::uint64_t toAt,
                       std::size_t count);
+/// Bytes that this person may still write on the volume of the path; nothing on failure.
+std::optional<std::uint64_t> availableBytes(const std::filesystem::path& path);
 /// Asks for a range to be read into the page cache in the background.
 void readAhead(int fd, std::uint64_t at, std::uint64_t count);
 /// Sends a written range on its way to the disk without waiting for it.
@@ -72,7 +74,8 @@ enum class Call {
     Lock,
     SetModified,
     Clone,
-    Stat
+    Stat,
+    Space
 };
 
 /// While it lives, the nth matching call (from 1) and, if `forever`, all after it fail with

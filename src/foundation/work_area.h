@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "foundation/syscalls.h"
+#include "foundation/uuid.h"
 
 namespace marlet {
 
@@ -38,8 +39,15 @@ std::vector<std::filesystem::path> folders();
 /// Marks the folder as in use by this process and takes its lock ("<folder>/.lock", flock).
 /// A handle that is not open means that only this process is warned off.
 FileHandle claim(const std::filesystem::path& folder);
-/// Ends the claim: unlocks, closes, forgets the folder. The folder itself is the caller's to remove.
+/// Ends the claim: unlocks, closes, forgets the folder. The folder itself is the caller's to
+/// remove.
 void release(const std::filesystem::path& folder, FileHandle lock);
+/// Whether this process claims the folder.
+bool isClaimed(const std::filesystem::path& folder);
+enum class LockState { None, Released, Held };
+/// What the folder's lock file says; one that can't be opened counts as held. A claim of this very
+/// process counts as held too.
+LockState lockState(const std::filesystem::path& folder);
 /// True when a living process holds the folder's lock (or this process claims the folder).
 bool isHeld(const std::filesystem::path& folder);
 /// Allocated bytes of all regular files in the tree.
@@ -76,9 +84,5 @@ private:
     bool created_ = false;
     bool keep_ = false;
 };
-
-/// A new random UUID (RFC 9562, version 4), upper case.
-std::string newUUID();
-bool isUUID(const std::string& text);
 
 }  // namespace marlet
