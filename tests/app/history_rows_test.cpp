@@ -1,0 +1,199 @@
+#include "app/history_rows.h"
+
+#include <gtest/gtest.h>
+
+#include "support/temp_folder.h"
+#include "write/restore_points.h"
+
+namespace marlet::test {
+namespace {
+
+HistoryEntry film(const std::string& title, const std::string& result = "done") {
+    HistoryEntry entry;
+    entry.id = title;
+    entry.date = Dates::now();
+    entry.path = "/films/" + title + ".mp4";
+    entry.title = title;
+    entry.isMovie = true;
+    entry.result = result;
+    entry.batchID = "run 1";
+    return entry;
+}
+
+HistoryEntry episode(int number, const std::string& batch, const std::string& result = "done") {
+    HistoryEntry entry = film("Episode " + std::to_string(number), result);
+    entry.id += batch;
+    entry.isMovie = false;
+    entry.show = "A Show";
+    entry.season = 2;
+    entry.episode = number;
+    entry.batchID = batch;
+    return entry;
+}
+
+std::vector<HistoryEntry> season(const std::string& batch) {
+    std::vector<HistoryEntry> list;
+    for (int n = 1; n <= 10; n++) list.push_back(episode(n, batch));
+    return list;
+}
+
+std::string detail(const HistoryRow& row, const std::string& label) {
+    for (const auto& [name, text] : row.details)
+        if (name == label) return text;
+    return "(none)";
+}
+
+class HistoryRowsTest : public testing::Test {
+protected:
+    std::vector<HistoryRow> rows(const std::vector<HistoryEntry>& entries, int filter = 0,
+                                 const std::string& query = "") {
+        std::vector<HistoryRow> all;
+        for (const HistoryDay& day : HistoryRows::build(entries, filter, query))
+            all.insert(all.end(), day.rows.begin(), day.rows.end());
+        return all;
+    }
+    OwnHome home_;
+};
+
+TEST_F(HistoryRowsTest, TenEpisodesOfOneSeasonFromOneRunMakeOneRowThatGivesTheNumberTen) {
+    const auto all = rows(season("run 1"));
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0].title, "A Show");
+    EXPECT_EQ(all[0].sub, "Season 2 · 10 episodes");
+}
+
+TEST_F(HistoryRowsTest, TheSameEpisodesFromTwoRunsMakeTwoRowsAndARestoreOfThemAThird) {
+    auto entries = season("run 1");
+    for (HistoryEntry& each : season("run 2")) entries.push_back(each);
+    EXPECT_EQ(rows(entries).size(), 2u);
+    for (HistoryEntry each : season("run 2")) {
+        each.isRestore = true;
+        entries.push_back(each);
+    }
+    const auto all = rows(entries);
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[2].line, "Original details put back");
+}
+
+TEST_F(HistoryRowsTest, OneFailureAmongTenEpisodesShowsTheRowAsFailed) {
+    auto entries = season("run 1");
+    entries[4].result = "failed";
+    entries[4].message = "verification failed: media data differs";
+    const HistoryRow row = rows(entries).at(0);
+    EXPECT_FALSE(row.done);
+    EXPECT_TRUE(row.failed);
+    EXPECT_EQ(row.status, "Failed");
+    EXPECT_EQ(row.line,
+              "Failed: the new file didn't match the original, so it wasn't saved. Your file is "
+              "unchanged.");
+    EXPECT_EQ(detail(row, "Technical"), "verification failed: media data differs");
+}
+
+TEST_F(HistoryRowsTest, FilmsStayAloneEvenWhenTheyShareARun) {
+    EXPECT_EQ(rows({film("One"), film("Two")}).size(), 2u);
+}
+
+TEST_F(HistoryRowsTest, AnEntryWithTheResultStoppedShowsAsFailed) {
+    HistoryEntry stopped = film("Film", "stopped");
+    stopped.message = "curl has this file open for writing; left untouched.";
+    const HistoryRow row = HistoryRows::row({stopped});
+    EXPECT_EQ(row.status, "Failed");
+    EXPECT_EQ(row.line,
+              "Failed: another app is still using this file (a download that hasn't finished?). "
+              "Wait until it has finished, then press Retry.");
+}
+
+TEST_F(HistoryRowsTest, ASkippedEntrySaysSkippedAndKeepsMarletsCapital) {
+    HistoryEntry skipped = film("Film", "skipped");
+    skipped.message = "a restore point couldn't be saved and verified (x); nothing was written";
+    EXPECT_EQ(HistoryRows::row({skipped}).line,
+              "Skipped: Marlet couldn't save a copy of the original details first, so it changed "
+              "nothing. Check there is free space on this Mac and press Retry.");
+}
+
+TEST_F(HistoryRowsTest, TheFilterTwoWithAQueryKeepsOnlyRowsThatAreNotDoneAndHoldTheQuery) {
+    const std::vector<HistoryEntry> entries = {film("Alpha"), film("Alphabet", "failed"),
+                                               film("Beta", "failed")};
+    const auto all = rows(entries, 2, "  ALPHA ");
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0].title, "Alphabet");
+    EXPECT_EQ(rows(entries, 1).size(), 1u);
+    EXPECT_EQ(rows(entries, 0).size(), 3u);
+}
+
+TEST_F(HistoryRowsTest, TheQueryAlsoSearchesThePathsOfTheEntries) {
+    EXPECT_EQ(rows({film("Alpha")}, 0, "/films/").size(), 1u);
+}
+
+TEST_F(HistoryRowsTest, ADayLeftWithoutRowsIsDropped) {
+    EXPECT_TRUE(HistoryRows::build({film("Alpha")}, 2, "").empty());
+}
+
+TEST_F(HistoryRowsTest, DaysComeInTheOrderOfTheEntriesWithTheirLabels) {
+    HistoryEntry old = film("Old");
+    old.date = Moment(std::chrono::seconds(946'728'000));  // 2000-01-01 12:00 UTC
+    HistoryEntry yesterday = film("Yesterday's");
+    yesterday.date = Dates::startOfLocalDay(Dates::now()) - std::chrono::hours(1);
+    const auto days = HistoryRows::build({film("New"), yesterday, old}, 0, "");
+    ASSERT_EQ(days.size(), 3u);
+    EXPECT_EQ(days[0].label, "Today");
+    EXPECT_EQ(days[1].label, "Yesterday");
+    EXPECT_EQ(days[2].label, "Saturday, January 1, 2000");
+}
+
+TEST_F(HistoryRowsTest, DoneLinesTellHowItWasDone) {
+    HistoryEntry plain = film("Film");
+    EXPECT_EQ(HistoryRows::row({plain}).line, "Tagged · details and cover updated in place");
+    plain.summary = "2 sound removed";
+    EXPECT_EQ(HistoryRows::row({plain}).line, "Tagged · 2 sound removed");
+    plain.how = "New .m4v";
+    EXPECT_EQ(HistoryRows::row({plain}).line, "New .m4v file · details and cover added");
+    plain.changes = {"title: a → b", "converted to AAC"};
+    EXPECT_EQ(HistoryRows::row({plain}).line, "New .m4v file · converted to AAC");
+    EXPECT_EQ(detail(HistoryRows::row({plain}), "Picture"), "Copied exactly, not re-encoded");
+    EXPECT_EQ(detail(HistoryRows::row({plain}), "Saved to"), "films");
+}
+
+TEST_F(HistoryRowsTest, WhatChangedIsListedOnceWithoutItsValues) {
+    HistoryEntry entry = film("Film");
+    entry.changes = {
+        "title: Old → New",          "long description changed",
+        "description changed",       "cast and crew updated",
+        "media kind: (set) → (set)", "sound interleaved in 250 ms slices to stay under the limit"};
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Changed"), "Title, description, cast and crew");
+}
+
+TEST_F(HistoryRowsTest, TheSoundLayoutIsToldAgainstTheLimit) {
+    HistoryEntry entry = film("Film");
+    entry.before = 3;
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Apple TV layout"), "3.00 s (over the limit)");
+    entry.after = 1.0;
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Apple TV layout"), "1.00 s (good)");
+}
+
+TEST_F(HistoryRowsTest, EpisodesOfARowAreNumbered) {
+    EXPECT_EQ(detail(HistoryRows::row({episode(1, "a"), episode(2, "a")}), "Episodes"),
+              "S02E01 Episode 1, S02E02 Episode 2");
+}
+
+TEST_F(HistoryRowsTest, ARowSaysThatItCanBeRestoredOnlyWhenARestorePointStands) {
+    const HistoryEntry entry = film("Film");
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Original details"), "(none)");
+    RestorePoints::saveIfMissing(entry.path, {}, 1);
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Original details"),
+              "Saved, can be restored from the right-click menu");
+}
+
+TEST_F(HistoryRowsTest, AFilmShowsItsYearAndTheLatestDateIsTheRowsTime) {
+    HistoryEntry dated = film("Film");
+    dated.year = 1963;
+    EXPECT_EQ(HistoryRows::row({dated}).sub, "1963");
+    HistoryEntry first = episode(1, "a");
+    HistoryEntry second = episode(2, "a");
+    second.date += std::chrono::hours(1);
+    EXPECT_EQ(HistoryRows::row({first, second}).time, second.date);
+    EXPECT_EQ(HistoryRows::row({first}).sub, "Season 2 · 1 episode");
+}
+
+}  // namespace
+}  // namespace marlet::test

@@ -1,0 +1,51 @@
+#include <gtest/gtest.h>
+
+#include "app/headless.h"
+#include "support/temp_folder.h"
+
+namespace marlet::test {
+namespace {
+
+using Headless::parse;
+using Headless::value;
+using Arguments = std::vector<std::string>;
+using Paths = std::vector<std::filesystem::path>;
+
+TEST(Options, AValueMayStandBehindTheEqualsSignOrInTheNextArgument) {
+    EXPECT_EQ(parse({"--scan=/films", "--report", "/r.tsv"}).scan, Paths{"/films"});
+    EXPECT_EQ(parse({"--scan", "/films", "--report", "/r.tsv"}).report, "/r.tsv");
+    EXPECT_EQ(parse({"--scan=/a=b"}).scan, Paths{"/a=b"});
+}
+
+TEST(Options, ANextArgumentThatStartsWithADashIsNoValueSoTheOptionIsIgnored) {
+    const auto options = parse({"--scan", "--quit"});
+    EXPECT_TRUE(options.scan.empty());
+    EXPECT_TRUE(options.quit);
+    EXPECT_TRUE(parse({"--scan", "-x"}).scan.empty());
+    EXPECT_TRUE(parse({"--scan"}).scan.empty());
+}
+
+TEST(Options, RepeatableOptionsGather) {
+    EXPECT_EQ(parse({"--tag", "a", "--tag=b"}).tag, (Paths{"a", "b"}));
+    EXPECT_EQ(parse({"--confirm=x", "--confirm=y"}).confirm, (Arguments{"x", "y"}));
+}
+
+TEST(Options, UnknownOptionsAreIgnoredWithoutAWord) {
+    EXPECT_TRUE(parse({"--sources=tmdb", "--apple-tv", "--wat", "--no-ai"}).noAI);
+}
+
+TEST(Options, PathsAloneAreFilesHandedOverByTheDesktop) {
+    EXPECT_EQ(parse({"/a.mp4", "/b.mp4"}).files, (Paths{"/a.mp4", "/b.mp4"}));
+    EXPECT_TRUE(parse({"--no-ai", "/a.mp4"}).files.empty());
+}
+
+TEST(Options, TheValueOfAnOptionIsTheFirstFoundWhateverTheNextArgumentIs) {
+    EXPECT_EQ(value("--a", {"--b", "--a", "--c"}), "--c");
+    EXPECT_EQ(value("--a", {"--a=1", "--a=2"}), "1");
+    EXPECT_EQ(value("--a", {"--a="}), "");
+    EXPECT_FALSE(value("--a", {"--a"}));
+    EXPECT_FALSE(value("--a", {"--ab=1"}));
+}
+
+}  // namespace
+}  // namespace marlet::test

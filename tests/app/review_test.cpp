@@ -1,0 +1,94 @@
+#include <gtest/gtest.h>
+
+#include "app/draft_store.h"
+#include "app/review_list.h"
+
+namespace marlet::test {
+namespace {
+
+ArtworkOption wide(const std::string& path) {
+    return {ArtworkOption::Shape::wide, path, {}, false};
+}
+
+FileDraft draft(const std::optional<std::string>& season) {
+    FileDraft draft;
+    draft.wide = {wide("/first"), wide("/second")};
+    draft.chosenWide = draft.wide[0];
+    draft.seasonKey = season;
+    return draft;
+}
+
+TEST(Drafts, APickSharedByTheSeasonShowsOnAnEpisodeWhoseDraftLoadsLater) {
+    DraftStore drafts;
+    drafts.put("/1.mp4", draft("S"));
+    drafts.pickArtwork(wide("/second"), "/1.mp4");
+    drafts.put("/2.mp4", draft("S"));
+    drafts.put("/other.mp4", draft("T"));
+    EXPECT_EQ(drafts.find("/2.mp4")->chosenWide->path, "/second");
+    EXPECT_EQ(drafts.find("/other.mp4")->chosenWide->path, "/first");
+}
+
+TEST(Drafts, WithSharingOffAPickChangesOnlyThatDraft) {
+    DraftStore drafts;
+    drafts.put("/1.mp4", draft("S"));
+    drafts.put("/2.mp4", draft("S"));
+    drafts.setShareSeason(false, "S", "/1.mp4");
+    drafts.pickArtwork(wide("/second"), "/1.mp4");
+    EXPECT_EQ(drafts.find("/1.mp4")->chosenWide->path, "/second");
+    EXPECT_EQ(drafts.find("/2.mp4")->chosenWide->path, "/first");
+}
+
+TEST(Drafts, TurningSharingOnAppliesThatFilesChoiceToTheSeason) {
+    DraftStore drafts;
+    drafts.put("/1.mp4", draft("S"));
+    drafts.put("/2.mp4", draft("S"));
+    drafts.setShareSeason(false, "S", "/1.mp4");
+    drafts.pickArtwork(wide("/second"), "/1.mp4");
+    drafts.setShareSeason(true, "S", "/1.mp4");
+    EXPECT_EQ(drafts.find("/2.mp4")->chosenWide->path, "/second");
+}
+
+TEST(Drafts, PickingArtworkForAFileWithoutADraftIsIgnored) {
+    DraftStore drafts;
+    drafts.pickArtwork(wide("/x"), "/none.mp4");
+    EXPECT_EQ(drafts.find("/none.mp4"), nullptr);
+}
+
+ResolvedFile film(const std::string& path, bool certain, bool matched) {
+    ResolvedFile file;
+    file.file.url = path;
+    file.guess = Guess{.title = path};
+    if (matched) file.match = Match{.tmdbID = 1, .title = path};
+    file.verdict = certain ? Verdict::certain() : Verdict::needsLook({"reason"});
+    return file;
+}
+
+TEST(Review, AFileIsConfirmedByItsVerdictOrByThePerson) {
+    ReviewList list;
+    list.add({film("/a.mp4", true, true), film("/b.mp4", false, true)});
+    EXPECT_TRUE(list.isConfirmed(*list.find("/a.mp4")));
+    EXPECT_FALSE(list.isConfirmed(*list.find("/b.mp4")));
+    list.confirm("/b.mp4");
+    EXPECT_TRUE(list.isReady(*list.find("/b.mp4")));
+}
+
+TEST(Review, AConfirmedFileWithoutAMatchIsNotReady) {
+    ReviewList list;
+    list.add({film("/a.mp4", false, false)});
+    list.confirm("/a.mp4");
+    EXPECT_FALSE(list.isReady(*list.find("/a.mp4")));
+}
+
+TEST(Review, GroupingIsAlwaysOfTheWholeList) {
+    ReviewList list;
+    list.add({film("/b.mp4", true, true)});
+    list.add({film("/a.mp4", true, true)});
+    ASSERT_EQ(list.items().size(), 2u);
+    EXPECT_EQ(list.items()[0].files[0].file.url, "/a.mp4");
+    list.remove({"/a.mp4"});
+    EXPECT_EQ(list.items().size(), 1u);
+    EXPECT_FALSE(list.replace("/a.mp4", film("/a.mp4", true, true)));
+}
+
+}  // namespace
+}  // namespace marlet::test
