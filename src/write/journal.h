@@ -19,6 +19,10 @@ struct WriteJournal {
     static std::optional<WriteJournal> load();
     /// Durable when it returns; throws MFError when it can't be removed.
     static void remove();
+
+    /// Whether the verified copy is still there, as large as it was.
+    bool hasCopy() const;
+    bool operator==(const WriteJournal&) const = default;
 };
 
 }  // namespace marlet

@@ -1,0 +1,53 @@
+#include "write/copy_delivery.h"
+
+#include <system_error>
+
+#include "foundation/errors.h"
+#include "foundation/file_ops.h"
+#include "write/outcome_wording.h"
+#include "write/place_file.h"
+
+namespace marlet {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path targetIn(const fs::path& folder, const fs::path& file) {
+    fs::path name = file.stem();
+    name += " (Marlet)";
+    name += file.extension();
+    return folder / name;
+}
+
+void makeFolder(const fs::path& folder) {
+    std::error_code failed;
+    fs::create_directories(folder, failed);
+    if (failed) failWith("cannot create the copy folder", failed.value());
+}
+
+}  // namespace
+
+void saveCopy(WriteJob& job, const fs::path& folder) {
+    constexpr const char* saving = "Saving a copy";
+    makeFolder(folder);
+    const fs::path target = targetIn(folder, job.file());
+    const std::string exists = Wording::copyExists(target.filename().string());
+    if (isTaken(target)) throw MFError(exists);
+
+    job.report(saving, 0.64);
+    const fs::path part = partFile(folder);
+    const RemoveAtEnd remover(part);
+    FileOps::copy(job.candidate, part, job.control, job.part(saving, 0.64, 0.3));
+    if (!FileOps::filesEqual(job.candidate, part, job.control))
+        throw MFError(Wording::copyDidNotMatch);
+    if (!moveIfFree(part, target)) throw MFError(exists);
+
+    job.outcome.status = WriteOutcome::Status::done;
+    job.outcome.message = Wording::copySaved;
+    job.outcome.output = target;
+    job.outcome.size = FileOps::size(target);
+    job.report("Done", 1);
+}
+
+}  // namespace marlet
