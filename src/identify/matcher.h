@@ -18,7 +18,8 @@ namespace marlet {
 
 /// From files to judged rows: probes, reads guesses, asks the sources in the person's order.
 /// Built per scan or re-match. A doubtful file is never dropped and never silently accepted.
-/// Never throws, but for CancelError when its token is cancelled.
+/// Never throws, but for CancelError when its token is cancelled: every wait then ends before
+/// cancel() returns. Its operations are coroutines of the object, which must outlive them.
 class Matcher {
 public:
     struct VirtualFile {
@@ -55,6 +56,21 @@ public:
     static std::optional<std::string> cutHint(const std::string& name);
     /// A picture address that carries its size, in a small form.
     static std::string thumbnail(const std::string& url);
+
+private:
+    struct Work;
+
+    Task<> probeOne(std::filesystem::path file, std::shared_ptr<std::vector<ScannedFile>> into,
+                    std::size_t index);
+    Task<> sortByKind(std::vector<ScannedFile> files, std::shared_ptr<Work> work);
+    Task<> resolveSeasons(std::shared_ptr<Work> work);
+    Task<> resolveFilm(std::shared_ptr<Work> work, std::size_t index);
+    Task<> retryAsFilms(std::shared_ptr<Work> work);
+    void emptyTags(std::vector<ScannedFile>& files) const;
+    void report(int done, int total, const std::string& text) const;
+    std::vector<SourceID> sources() const;
+    /// Nothing when there is none of that name.
+    ExternalSource* external(SourceID id) const;
 };
 
 }  // namespace marlet
