@@ -1,16 +1,11 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "foundation/bytes.h"
 #include "foundation/errors.h"
 #include "sources/async.h"
 #include "sources/http_cache.h"
+#include "sources/http_message.h"
 
 namespace marlet {
 
@@ -20,23 +15,9 @@ public:
     using MFError::MFError;
 };
 
-struct HttpRequest {
-    std::string url;
-    std::vector<std::pair<std::string, std::string>> headers;
-    std::chrono::milliseconds timeout{60000};  ///< without any byte coming in
-    /// Largest body taken, bytes; a longer one is a TransportError.
-    std::size_t maxBody = 64 * 1024 * 1024;
-};
-
-struct HttpAnswer {
-    int status = 0;
-    Bytes body;
-    std::vector<std::pair<std::string, std::string>> headers;
-    bool fromCache = false;
-};
-
-/// HTTP over Qt Network with the program's own cache in front. GET only. Redirects to another
-/// host are not followed with the Authorization header. Main context only.
+/// HTTP over Qt Network with the program's own cache in front. GET over http and https only, at
+/// most 4 requests to a host at a time. Redirects to another host are not followed with the
+/// Authorization header. Main context only; requests under way keep what they need alive.
 class HttpSession {
 public:
     enum class Use { CacheFirst, IgnoreCache };
@@ -48,12 +29,13 @@ public:
     HttpSession& operator=(const HttpSession&) = delete;
 
     KeylessCache* cache() const;
-    /// Throws TransportError or CancelError. Answers of status 200 go into the cache.
+    /// Throws TransportError or CancelError; an HTTP status is never a failure here. Answers of
+    /// status 200 go into the cache.
     Task<HttpAnswer> get(HttpRequest request, Use use, CancelToken cancel);
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    std::shared_ptr<Impl> impl_;
 };
 
 }  // namespace marlet
