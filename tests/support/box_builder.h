@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -108,8 +107,5 @@ struct Movie {
 Bytes buildMovie(const Movie& movie);
 /// What sample `number` (from 0) of the track holds.
 Bytes sampleBytes(std::uint32_t trackID, std::uint32_t number, std::uint32_t size);
-/// The bytes of all samples of a track, found through the file's own tables (first moov, `trak` at
-/// that position), for asking whether a write left the media as it was.
-std::vector<Bytes> samplesOf(ByteView file, int trackIndex);
 
 }  // namespace marlet::test
