@@ -67,29 +67,60 @@ bool isReasonable(std::string_view text) {
            countOf(text, "<dict") + countOf(text, "<array") <= mostContainers;
 }
 
+/// One step through a dictionary or an array; calls `visit(key, value)` until it gives false. The
+/// key is null in an array.
+template <typename Visit>
+void eachItem(plist_t container, Visit visit) {
+    const bool isDictionary = plist_get_node_type(container) == PLIST_DICT;
+    void* position = nullptr;
+    isDictionary ? plist_dict_new_iter(container, &position)
+                 : plist_array_new_iter(container, &position);
+    const std::unique_ptr<void, FreeMemory> owner(position);
+    for (;;) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        if (isDictionary)
+            plist_dict_next_item(container, position, &key, &value);
+        else
+            plist_array_next_item(container, position, &value);
+        const std::unique_ptr<char, FreeMemory> keyOwner(key);
+        if (value == nullptr || !visit(key, value)) return;
+    }
+}
+
+/// Written out, every level indents all that it holds: a deep list would grow by its square.
+bool isDeeperThan(plist_t node, int levels) {
+    const plist_type type = plist_get_node_type(node);
+    if (type != PLIST_DICT && type != PLIST_ARRAY) return false;
+    if (levels == 0) return true;
+    bool deeper = false;
+    eachItem(node, [&](const char*, plist_t value) {
+        deeper = isDeeperThan(value, levels - 1);
+        return !deeper;
+    });
+    return deeper;
+}
+
 /// A dictionary, or null. Only the XML form: a binary list can't stand in a text item.
 Node dictionaryFrom(const std::string& text) {
+    constexpr int mostLevels = 32;
     if (!isReasonable(text)) return nullptr;
     plist_t parsed = nullptr;
     plist_from_xml(text.data(), static_cast<std::uint32_t>(text.size()), &parsed);
     Node node(parsed);
-    return node && plist_get_node_type(node.get()) == PLIST_DICT ? std::move(node) : nullptr;
+    const bool isUsable = node && plist_get_node_type(node.get()) == PLIST_DICT &&
+                          !isDeeperThan(node.get(), mostLevels);
+    return isUsable ? std::move(node) : nullptr;
 }
 
 std::vector<std::string> keysOfEmptyArrays(plist_t dictionary) {
-    plist_dict_iter position = nullptr;
-    plist_dict_new_iter(dictionary, &position);
-    const std::unique_ptr<void, FreeMemory> owner(position);
     std::vector<std::string> keys;
-    for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(dictionary, position, &key, &value);
-        const std::unique_ptr<char, FreeMemory> keyOwner(key);
-        if (key == nullptr || value == nullptr) return keys;
+    eachItem(dictionary, [&](const char* key, plist_t value) {
         if (plist_get_node_type(value) == PLIST_ARRAY && plist_array_get_size(value) == 0)
             keys.emplace_back(key);
-    }
+        return true;
+    });
+    return keys;
 }
 
 std::optional<std::string> xmlOf(plist_t node) {

@@ -22,7 +22,8 @@ std::vector<Atom> atoms(const Details& details, const std::optional<CoverImage>&
 /// What isn't owned is kept, in its old order, ahead of everything new.
 std::vector<Atom> merge(const std::vector<Atom>& existing, std::vector<Atom> fresh);
 /// Updates cast, directors and writers of a property list and keeps its other keys.
-std::optional<std::string> mergeMovi(const std::string& old, const std::optional<std::string>& fresh);
+std::optional<std::string> mergeMovi(const std::string& old,
+                                     const std::optional<std::string>& fresh);
 /// "us-tv|TV-PG|400|".
 std::string extc(const Details& details);
 /// The `iTunMOVI` property list; nothing when there is nobody to name.
