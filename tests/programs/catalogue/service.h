@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+#include "catalogue/answer.h"
+#include "catalogue/catalogue.h"
+
+namespace marlet::catalogue {
+
+/// Answers questions as the real service would: "/3/..." with JSON and "/t/p/..." with pictures.
+/// May be asked from several threads.
+class Service {
+public:
+    explicit Service(Catalogue catalogue);
+    ~Service();
+
+    Answer answer(const Question& question) const;
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace marlet::catalogue
