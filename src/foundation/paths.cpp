@@ -48,8 +48,13 @@ fs::path workDir() {
     return cachesDir() / "work";
 }
 fs::path documentsDir() {
-    return baseDir("XDG_DATA_HOME", ".local/share") / folderName();
+    return documentsDir(MARLET_APP_ID);
 }
+
+fs::path documentsDir(const std::string& applicationID) {
+    return baseDir("XDG_DATA_HOME", ".local/share") / folderName(applicationID);
+}
+
 fs::path logsDir() {
     return documentsDir() / "logs";
 }

@@ -20,6 +20,7 @@ std::filesystem::path cachesDir();
 std::filesystem::path workDir();
 /// What must survive: history, restore points, the journal.
 std::filesystem::path documentsDir();
+std::filesystem::path documentsDir(const std::string& applicationID);
 std::filesystem::path logsDir();
 std::filesystem::path journalFile();
 std::filesystem::path restoreDir();
