@@ -15,6 +15,7 @@ namespace {
 
 constexpr int connectionsPerHost = 4;
 constexpr int mostRedirects = 10;
+constexpr qint64 readAhead = 1024 * 1024;  // bytes
 
 /// Lets so many in at a time, the others in the order in which they came.
 struct Turnstile {
@@ -142,6 +143,8 @@ Task<HttpAnswer> exchange(std::shared_ptr<QNetworkAccessManager> manager, QUrl u
     auto incoming = std::make_shared<Incoming>();
     const Reply reply(manager->get(prepared(url, request, withSecrets)));
     QNetworkReply* raw = reply.get();
+    // Qt's own thread must not run ahead of us with an answer that never ends.
+    raw->setReadBufferSize(readAhead);
     const std::size_t limit = request.maxBody;
     QObject::connect(raw, &QNetworkReply::readyRead, raw,
                      [raw, incoming, limit] { drain(raw, *incoming, limit); });
@@ -149,7 +152,7 @@ Task<HttpAnswer> exchange(std::shared_ptr<QNetworkAccessManager> manager, QUrl u
     const auto registration = cancel.onCancel([incoming] { incoming->ended.open(); });
     co_await incoming->ended;
     cancel.check();
-    if (!incoming->tooLarge) drain(raw, *incoming, limit);
+    if (!incoming->tooLarge && raw->isOpen()) drain(raw, *incoming, limit);
     if (incoming->tooLarge) throw TransportError("the answer is too large");
     co_return answerOf(raw, std::move(incoming->body));
 }

@@ -97,7 +97,9 @@ void HttpStub::Impl::serve(const httplib::Request& request, httplib::Response& r
 HttpStub::HttpStub() : impl_(std::make_unique<Impl>()) {
     Impl& impl = *impl_;
     impl.server.new_task_queue = [] { return new httplib::ThreadPool(12); };
-    impl.server.set_keep_alive_max_count(1000);
+    // A kept connection would hold up the end of the server for seconds.
+    impl.server.set_keep_alive_max_count(1);
+    impl.server.set_tcp_nodelay(true);
     impl.server.Get(".*", [&impl](const httplib::Request& request, httplib::Response& response) {
         impl.serve(request, response);
     });
