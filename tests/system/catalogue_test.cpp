@@ -3,13 +3,18 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <string>
+#include <thread>
 
 #include "foundation/bytes.h"
+#include "support/process.h"
 #include "support/temp_folder.h"
 
 namespace marlet::test {
@@ -384,6 +389,23 @@ TEST(CatalogueServerTest, ItsEnvironmentLeadsEveryServiceToTheLoopback) {
     EXPECT_FALSE(environment.at("MARLET_TMDB_TOKEN").empty());
 }
 
+/// Comes back as soon as it holds, or after ten seconds.
+bool soon(const std::function<bool()>& holds) {
+    for (int i = 0; i < 1000 && !holds(); i++)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return holds();
+}
+
+TEST(CatalogueServerTest, ItEndsWithTheProgramThatStartedIt) {
+    const TempFolder folder;
+    const std::filesystem::path file = folder / "port";
+    const std::string command = "\"$0\" --parent-watch --port-file \"$1\" & wait";
+    Process shell("/bin/sh", {"-c", command, builtProgram("marlet-catalogue"), file});
+    ASSERT_TRUE(soon([&] { return std::filesystem::exists(file); }));
+    shell.signal(SIGKILL);
+    EXPECT_TRUE(soon([&] { return !std::filesystem::exists(file); }));
+}
+
 TEST(CatalogueServerTest, ACatalogueThatCannotBeTrueIsNotServed) {
     const TempFolder folder;
     std::filesystem::create_directories(folder / "shows");
@@ -395,6 +417,54 @@ TEST(CatalogueServerTest, ACatalogueThatCannotBeTrueIsNotServed) {
 
 TEST(CatalogueServerTest, AnUnknownOptionIsAnError) {
     EXPECT_THROW(CatalogueServer({"--prot", "1"}), std::runtime_error);
+}
+
+/// All entries of the sample catalogue's films.
+std::vector<json> sampleFilms() {
+    std::vector<json> films;
+    for (const auto& file :
+         std::filesystem::directory_iterator(sourceTree() / "data" / "catalogue" / "films")) {
+        std::ifstream in(file.path());
+        const json list = json::parse(in);
+        films.insert(films.end(), list.begin(), list.end());
+    }
+    return films;
+}
+
+TEST(SampleCatalogue, HasAtLeastThirtyFilmsOfSaneYearsAndLengths) {
+    std::set<int> ids;
+    for (const json& film : sampleFilms()) {
+        const std::string title = film.at("title");
+        const int year = std::stoi(film.at("released").get<std::string>());
+        EXPECT_TRUE(ids.insert(film.at("id").get<int>()).second) << title;
+        EXPECT_TRUE(year >= 1895 && year <= 2025) << title;
+        EXPECT_EQ(film.at("id").get<int>() / 100, year) << title;
+        EXPECT_TRUE(film.at("minutes") >= 1 && film.at("minutes") <= 300) << title;
+        EXPECT_FALSE(film.at("directors").empty()) << title;
+        EXPECT_FALSE(film.at("genres").empty()) << title;
+        EXPECT_GT(film.at("overview").get<std::string>().size(), 60U) << title;
+    }
+    EXPECT_GE(ids.size(), 30U);
+}
+
+TEST(SampleCatalogue, HasTitlesThatAreHardToReadAndAnOverviewThatMustBeShortened) {
+    std::string titles;
+    std::size_t longest = 0;
+    for (const json& film : sampleFilms()) {
+        titles += film.at("title").get<std::string>() + "\n";
+        longest = std::max(longest, film.at("overview").get<std::string>().size());
+    }
+    for (const char* piece : {": ", "'", "ä", "20,000", "D.O.A.", "The ", "!", "-"})
+        EXPECT_NE(titles.find(piece), std::string::npos) << piece;
+    EXPECT_GT(longest, 255U);
+}
+
+TEST(SampleCatalogue, ItsShowHasSpecialsAndThreeSeasons) {
+    std::ifstream in(sourceTree() / "data/catalogue/shows/the_tin_observatory_2017.json");
+    std::vector<int> numbers;
+    const json show = json::parse(in);
+    for (const json& season : show.at("seasons")) numbers.push_back(season.at("number"));
+    EXPECT_EQ(numbers, (std::vector<int>{0, 1, 2, 3}));
 }
 
 }  // namespace
