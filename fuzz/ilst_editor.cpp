@@ -1,5 +1,6 @@
 // Any bytes as a tag block: every reader of it ends within the bytes, and what is merged reads
 // back.
+#include <algorithm>
 #include <cstdlib>
 
 #include "foundation/text.h"
