@@ -16,6 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 constexpr auto toastTime = 3500ms;
+constexpr std::size_t draftsAtOnce = 4;
 
 /// This build has no converter; the plan of every file says so.
 std::optional<ConvertPlan> noConversion(const std::filesystem::path&, const std::string&) {
@@ -94,7 +95,8 @@ void AppModel::say(const std::string& text) {
     const int number = ++toastNumber_;
     const std::weak_ptr<AppModel*> alive = self_;
     const auto clear = [](std::weak_ptr<AppModel*> model, int mine) -> Task<> {
-        co_await Async::sleep(toastTime);
+        auto waiting = Async::sleep(toastTime);
+        co_await waiting;
         const auto still = model.lock();
         if (!still || (*still)->toastNumber_ != mine) co_return;
         (*still)->toast_.reset();
@@ -113,7 +115,8 @@ void AppModel::add(std::vector<Path> urls) {
 Task<> AppModel::addNow(std::vector<Path> urls, CancelToken cancel) {
     const std::weak_ptr<AppModel*> alive = self_;
     std::function<std::vector<Path>()> look = [urls] { return Scanner::videoFiles(urls); };
-    const std::vector<Path> found = co_await Async::onWorker<std::vector<Path>>(std::move(look));
+    auto looking = Async::onWorker(std::move(look));
+    const std::vector<Path> found = co_await looking;
     if (alive.expired() || cancel.isCancelled()) co_return;
 
     std::set<Path> inReview;
@@ -164,7 +167,8 @@ Task<> AppModel::scanNow(std::vector<Path> urls, CancelToken cancel) {
 
     std::vector<ResolvedFile> fresh;
     try {
-        fresh = co_await matcher->resolve(urls, inReview);
+        auto resolving = matcher->resolve(urls, inReview);
+        fresh = co_await resolving;
     } catch (const CancelError&) {
         co_return;
     }
@@ -229,13 +233,15 @@ Task<> AppModel::loadDrafts(LibraryItem item) {
     std::function<Task<>(std::size_t)> load = [this, &wanted, &tmdb](std::size_t i) {
         return loadDraft(wanted[i], tmdb);
     };
-    co_await Async::forEach(wanted.size(), 4, load);
+    auto loading = Async::forEach(wanted.size(), draftsAtOnce, std::move(load));
+    co_await loading;
 }
 
 Task<> AppModel::loadDraft(ResolvedFile file, std::shared_ptr<TMDBClient> tmdb) {
     const Path url = file.file.url;
     try {
-        FileDraft draft = co_await DetailsLoader::load(*file.match, file.file, tmdb);
+        auto loading = DetailsLoader::load(*file.match, file.file, tmdb);
+        FileDraft draft = co_await loading;
         // The person may have chosen another match, or taken the file away, meanwhile.
         const ResolvedFile* now = review_.find(url);
         if (now != nullptr && now->match == file.match) drafts_.put(url, std::move(draft));

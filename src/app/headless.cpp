@@ -36,7 +36,10 @@ Task<> runScan(AppModel& model, Options options) {
 }  // namespace
 
 Task<> waitForScan(AppModel& model) {
-    while (model.isWorking()) co_await Async::sleep(20ms);
+    while (model.isWorking()) {
+        auto waiting = Async::sleep(20ms);
+        co_await waiting;
+    }
 }
 
 Task<bool> runIfRequested(AppModel& model, Options options) {
@@ -47,11 +50,13 @@ Task<bool> runIfRequested(AppModel& model, Options options) {
         co_return true;
     }
     if (!options.tag.empty()) {
-        co_await runTagTest(model, options);
+        auto running = runTagTest(model, options);
+        co_await running;
         co_return options.quit;
     }
     if (!options.scan.empty()) {
-        co_await runScan(model, options);
+        auto running = runScan(model, options);
+        co_await running;
         co_return options.quit;
     }
     co_return false;

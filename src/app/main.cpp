@@ -27,7 +27,8 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
         std::fprintf(stderr, "NOTICE %s\n", message->c_str());
     }
     if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
-    const bool end = co_await Headless::runIfRequested(model, options);
+    auto running = Headless::runIfRequested(model, options);
+    const bool end = co_await running;
     if (end) gate.requestQuit();
 }
 

@@ -31,8 +31,8 @@ Task<> PlanStore::build(Path file, CancelToken cancel) {
         const std::string languages = Settings::keepLanguages();
         const Builder builder = builder_;
         std::function<std::optional<ConvertPlan>()> work = [=] { return builder(file, languages); };
-        std::optional<ConvertPlan> plan =
-            co_await Async::onWorker<std::optional<ConvertPlan>>(std::move(work));
+        auto working = Async::onWorker(std::move(work));
+        std::optional<ConvertPlan> plan = co_await working;
         if (!cancel.isCancelled()) {
             if (plan) plans_.insert_or_assign(file, *plan);
             tasks_.erase(file);
@@ -49,7 +49,10 @@ void PlanStore::stop(const Path& file) {
 }
 
 Task<> PlanStore::finish(Path file) {
-    while (tasks_.contains(file)) co_await Async::sleep(std::chrono::milliseconds(20));
+    while (tasks_.contains(file)) {
+        auto waiting = Async::sleep(std::chrono::milliseconds(20));
+        co_await waiting;
+    }
 }
 
 void PlanStore::forget(const Path& file) {

@@ -37,7 +37,8 @@ Task<std::optional<CoverImage>> fetchCover(std::shared_ptr<TMDBClient> tmdb,
                                            std::optional<ArtworkOption> option) {
     if (!option || option->path.empty()) co_return std::nullopt;
     try {
-        Bytes data = co_await tmdb->imageData(option->path, sizeFor(*option));
+        auto fetching = tmdb->imageData(option->path, sizeFor(*option));
+        Bytes data = co_await fetching;
         co_return coverFrom(std::move(data));
     } catch (const MFError&) {
         co_return std::nullopt;
@@ -51,7 +52,8 @@ Task<std::optional<std::string>> historyPoster(std::shared_ptr<TMDBClient> tmdb,
     std::error_code none;
     if (fs::exists(saved, none)) co_return saved;
     try {
-        const Bytes data = co_await tmdb->imageData(*path, "w92");
+        auto fetching = tmdb->imageData(*path, "w92");
+        const Bytes data = co_await fetching;
         if (!coverFrom(data)) co_return std::nullopt;
         co_return HistoryPosters::save(data, *path);
     } catch (const MFError&) {
@@ -116,13 +118,15 @@ Task<> AppModel::addToQueueNow(std::vector<LibraryItem> items) {
     const bool fixLayout = Settings::fixForAppleTV();
     LibraryItem wanted;
     wanted.files = ready;
-    co_await loadDrafts(wanted);
+    auto loading = loadDrafts(wanted);
+    co_await loading;
 
     std::vector<Job> jobs;
     std::vector<Path> moved;
     std::vector<std::string> reasons;
     for (const ResolvedFile& file : ready) {
-        Prepared prepared = co_await prepare(file, tmdb, fixLayout);
+        auto preparing = prepare(file, tmdb, fixLayout);
+        Prepared prepared = co_await preparing;
         if (!prepared.job) {
             reasons.push_back(prepared.reason);
             continue;
@@ -161,14 +165,16 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     const std::string extension = Scanner::extensionOf(url);
     const bool inPlace = extension == "mp4" || extension == "m4v";
     if (PlanStore::needsPlan(url)) {
-        co_await plans_.finish(url);
+        auto planning = plans_.finish(url);
+        co_await planning;
         const ConvertPlan* plan = plans_.find(url);
         if (plan == nullptr) co_return Prepared{{}, fileName + ": this file can't be read"};
         if (plan->refusal) co_return Prepared{{}, fileName + ": " + *plan->refusal};
     }
 
     const auto option = draft.chosen(Settings::artworkStyle());
-    std::optional<CoverImage> cover = co_await fetchCover(tmdb, option);
+    auto fetching = fetchCover(tmdb, option);
+    const std::optional<CoverImage> cover = co_await fetching;
     const std::vector<Atom> atoms = TagBuilder::atoms(draft.details, cover);
     const Path newFiles = Settings::outputSameFolder() ? url.parent_path() : outputFolder();
 
@@ -182,7 +188,8 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     else
         job.request.mode = ConvertRequest{url, atoms, newFiles};
     describe(job, draft.details, file);
-    job.posterPath = co_await historyPoster(tmdb, file.match->posterPath);
+    auto savingPoster = historyPoster(tmdb, file.match->posterPath);
+    job.posterPath = co_await savingPoster;
     job.how = inPlace ? "Changed in place" : "New .m4v";
     job.summary = "details and cover art";
     co_return Prepared{std::move(job), {}};

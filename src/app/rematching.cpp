@@ -15,8 +15,10 @@ constexpr const char* unreachable = "Couldn't reach the database.";
 Task<Match> showMatch(std::shared_ptr<TMDBClient> tmdb, std::int64_t showID, int season,
                       int episode) {
     if (!tmdb) throw TMDBError::noKey();
-    const TMDBShow show = co_await tmdb->show(showID);
-    const TMDBSeason found = co_await tmdb->season(season, showID);
+    auto fetchingShow = tmdb->show(showID);
+    const TMDBShow show = co_await fetchingShow;
+    auto fetchingSeason = tmdb->season(season, showID);
+    const TMDBSeason found = co_await fetchingSeason;
     Match match;
     match.tmdbID = showID;
     match.kind = MediaKind::tv;
@@ -35,7 +37,8 @@ Task<Match> showMatch(std::shared_ptr<TMDBClient> tmdb, std::int64_t showID, int
 
 Task<Match> movieMatch(std::shared_ptr<TMDBClient> tmdb, std::int64_t movieID) {
     if (!tmdb) throw TMDBError::noKey();
-    const TMDBMovie movie = co_await tmdb->movie(movieID);
+    auto fetching = tmdb->movie(movieID);
+    const TMDBMovie movie = co_await fetching;
     Match match;
     match.tmdbID = movie.id;
     match.title = movie.title;
@@ -132,8 +135,8 @@ void AppModel::choose(const Path& file, Match match) {
 
 Task<> AppModel::rematchShow(Path file, std::int64_t showID, int season, int episode) {
     try {
-        Match match =
-            co_await showMatch(TMDBClient::make(KeyStore::builtIn()), showID, season, episode);
+        auto fetching = showMatch(TMDBClient::make(KeyStore::builtIn()), showID, season, episode);
+        Match match = co_await fetching;
         choose(file, std::move(match));
     } catch (const std::exception&) {
         say(unreachable);
@@ -142,7 +145,8 @@ Task<> AppModel::rematchShow(Path file, std::int64_t showID, int season, int epi
 
 Task<> AppModel::rematchMovie(Path file, std::int64_t movieID) {
     try {
-        Match match = co_await movieMatch(TMDBClient::make(KeyStore::builtIn()), movieID);
+        auto fetching = movieMatch(TMDBClient::make(KeyStore::builtIn()), movieID);
+        Match match = co_await fetching;
         match.cut = Matcher::cutHint(file.filename().string());
         choose(file, std::move(match));
     } catch (const std::exception&) {
@@ -153,8 +157,10 @@ Task<> AppModel::rematchMovie(Path file, std::int64_t movieID) {
 Task<> AppModel::rematchExternal(Path file, ExternalSource* via, ExtShow show, int season,
                                  int episode) {
     try {
-        const ExtShowInfo info = co_await via->showInfo(show);
-        const std::vector<ExtEpisode> all = co_await via->episodes(season, show);
+        auto fetchingInfo = via->showInfo(show);
+        const ExtShowInfo info = co_await fetchingInfo;
+        auto fetchingEpisodes = via->episodes(season, show);
+        const std::vector<ExtEpisode> all = co_await fetchingEpisodes;
         const auto found = std::find_if(
             all.begin(), all.end(), [&](const ExtEpisode& each) { return each.number == episode; });
         ExtEpisode chosen;
@@ -169,7 +175,8 @@ Task<> AppModel::rematchExternal(Path file, ExternalSource* via, ExtShow show, i
 
 Task<> AppModel::rematchExternal(Path file, ExternalSource* via, ExtMovie movie) {
     try {
-        const ExtMovie full = co_await via->movieDetails(movie);
+        auto fetching = via->movieDetails(movie);
+        const ExtMovie full = co_await fetching;
         choose(file, movieFrom(full));
     } catch (const std::exception&) {
         say(unreachable);
@@ -209,9 +216,11 @@ Task<> AppModel::refreshFromTMDB(std::string itemID) {
     }
     if (files.empty()) co_return;
     if (item.kind == MediaKind::tv) {
-        fresh = co_await matcher->resolveSeason(files, guesses);
+        auto resolving = matcher->resolveSeason(files, guesses);
+        fresh = co_await resolving;
     } else {
-        ResolvedFile one = co_await matcher->resolveMovie(files.front(), guesses.front());
+        auto resolving = matcher->resolveMovie(files.front(), guesses.front());
+        ResolvedFile one = co_await resolving;
         fresh.push_back(std::move(one));
     }
     const bool reached = std::any_of(fresh.begin(), fresh.end(),
@@ -230,7 +239,10 @@ Task<> AppModel::refreshFromTMDB(std::string itemID) {
         review_.replace(file.file.url, next);
         drafts_.forget(file.file.url);
     }
-    if (const LibraryItem* now = review_.itemOf(files.front().url)) co_await loadDrafts(*now);
+    if (const LibraryItem* now = review_.itemOf(files.front().url)) {
+        auto loading = loadDrafts(*now);
+        co_await loading;
+    }
     say("Refreshed from the sources.");
 }
 

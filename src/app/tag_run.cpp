@@ -17,7 +17,10 @@ void print(const std::string& line) {
 }
 
 Task<> waitForQueue(AppModel& model) {
-    while (model.queue().active() || !model.queue().finished()) co_await Async::sleep(20ms);
+    while (model.queue().active() || !model.queue().finished()) {
+        auto waiting = Async::sleep(20ms);
+        co_await waiting;
+    }
 }
 
 std::string sourceWords(const ResolvedFile& file) {
@@ -70,7 +73,10 @@ void applyConfirmations(AppModel& model, const Options& options) {
 
 Task<> loadAllDrafts(AppModel& model) {
     const std::vector<LibraryItem> items = model.items();
-    for (const LibraryItem& item : items) co_await model.loadDrafts(item);
+    for (const LibraryItem& item : items) {
+        auto loading = model.loadDrafts(item);
+        co_await loading;
+    }
 }
 
 void printResults(const AppModel& model, const WriteQueue& queue) {
@@ -86,7 +92,8 @@ Task<> plans(AppModel& model, bool twice) {
         const auto begun = std::chrono::steady_clock::now();
         for (const ResolvedFile& file : files) {
             model.plans().analyse(file.file.url);
-            co_await model.plans().finish(file.file.url);
+            auto finishing = model.plans().finish(file.file.url);
+            co_await finishing;
         }
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
         if (twice)
@@ -111,7 +118,8 @@ Task<> runTagTest(AppModel& model, Options options) {
     if (options.matchOnly) co_return;
 
     const std::vector<std::filesystem::path> files = options.tag;
-    co_await model.addToQueueNow(model.items());
+    auto adding = model.addToQueueNow(model.items());
+    co_await adding;
     const bool hasJobs = model.queue().waitingCount() > 0;
     model.queue().start();
     if (hasJobs) co_await waitForQueue(model);

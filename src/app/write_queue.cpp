@@ -239,7 +239,8 @@ Task<> WriteQueue::run() {
             changed();
             continue;
         }
-        WriteOutcome outcome = co_await work(index);
+        auto working = work(index);
+        WriteOutcome outcome = co_await working;
         finish(index, std::move(outcome));
     }
     active_ = paused_ = false;
@@ -263,7 +264,8 @@ Task<WriteOutcome> WriteQueue::work(std::size_t index) {
             return WriteOutcome{.message = failure.what()};
         }
     };
-    WriteOutcome outcome = co_await Async::onWorker<WriteOutcome>(std::move(job));
+    auto working = Async::onWorker(std::move(job));
+    WriteOutcome outcome = co_await working;
     co_return outcome;
 }
 

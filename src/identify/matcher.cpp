@@ -57,8 +57,8 @@ struct Matcher::Work {
 
 Task<std::vector<LibraryItem>> Matcher::run(std::vector<std::filesystem::path> roots,
                                             std::set<std::filesystem::path> exclude) {
-    const std::vector<ResolvedFile> resolved =
-        co_await resolve(std::move(roots), std::move(exclude));
+    auto resolving = resolve(std::move(roots), std::move(exclude));
+    const std::vector<ResolvedFile> resolved = co_await resolving;
     co_return group(resolved);
 }
 
@@ -70,30 +70,38 @@ Task<std::vector<ResolvedFile>> Matcher::resolve(std::vector<std::filesystem::pa
         std::erase_if(files, [&](const auto& file) { return exclude.contains(file); });
         return files;
     };
-    Paths paths = co_await Asking::orCancelled(Async::onWorker(std::move(scan)), cancel);
+    auto working = Asking::orCancelled(Async::onWorker(std::move(scan)), cancel);
+    Paths paths = co_await working;
     report(0, static_cast<int>(paths.size()), "Reading " + std::to_string(paths.size()) + " files");
-    std::vector<ScannedFile> files = co_await probeAll(std::move(paths));
+    auto probing = probeAll(std::move(paths));
+    std::vector<ScannedFile> files = co_await probing;
     emptyTags(files);
-    std::vector<ResolvedFile> results = co_await process(std::move(files));
+    auto judging = process(std::move(files));
+    std::vector<ResolvedFile> results = co_await judging;
     co_return results;
 }
 
 Task<std::vector<ResolvedFile>> Matcher::run(std::vector<VirtualFile> files) {
     auto scanned = std::make_shared<std::vector<ScannedFile>>(files.size());
     for (std::size_t i = 0; i < files.size(); i++) {
-        co_await probeOne(files[i].realURL, scanned, i);
+        auto probing = probeOne(files[i].realURL, scanned, i);
+        co_await probing;
         (*scanned)[i].url = files[i].fakeURL;
     }
     emptyTags(*scanned);
-    std::vector<ResolvedFile> results = co_await process(std::move(*scanned));
+    auto judging = process(std::move(*scanned));
+    std::vector<ResolvedFile> results = co_await judging;
     co_return results;
 }
 
 Task<std::vector<ScannedFile>> Matcher::probeAll(std::vector<std::filesystem::path> files) {
     auto scanned = std::make_shared<std::vector<ScannedFile>>(files.size());
-    co_await Async::forEach(files.size(), probesAtOnce, [this, &files, scanned](std::size_t i) {
+    // Named, never a temporary of the awaited expression: g++ 12 destroys the captures twice.
+    std::function<Task<>(std::size_t)> probe = [this, &files, scanned](std::size_t i) {
         return probeOne(files[i], scanned, i);
-    });
+    };
+    auto probing = Async::forEach(files.size(), probesAtOnce, std::move(probe));
+    co_await probing;
     co_return std::move(*scanned);
 }
 
@@ -101,7 +109,8 @@ Task<> Matcher::probeOne(std::filesystem::path file, std::shared_ptr<std::vector
                          std::size_t index) {
     cancel.check();
     std::function<ScannedFile()> probe = [file = std::move(file)] { return Probe::read(file); };
-    ScannedFile scanned = co_await Asking::orCancelled(Async::onWorker(std::move(probe)), cancel);
+    auto working = Asking::orCancelled(Async::onWorker(std::move(probe)), cancel);
+    ScannedFile scanned = co_await working;
     (*into)[index] = std::move(scanned);
 }
 
@@ -109,22 +118,28 @@ Task<std::vector<ResolvedFile>> Matcher::process(std::vector<ScannedFile> files)
     auto work = std::make_shared<Work>();
     work->total = static_cast<int>(files.size());
     report(0, work->total, "Working out what they are");
-    co_await sortByKind(std::move(files), work);
-    co_await resolveSeasons(work);
-    co_await Async::forEach(work->films.size(), filmsAtOnce,
-                            [this, work](std::size_t i) { return resolveFilm(work, i); });
+    auto sorting = sortByKind(std::move(files), work);
+    co_await sorting;
+    auto seasons = resolveSeasons(work);
+    co_await seasons;
+    std::function<Task<>(std::size_t)> resolve = [this, work](std::size_t i) {
+        return resolveFilm(work, i);
+    };
+    auto resolving = Async::forEach(work->films.size(), filmsAtOnce, std::move(resolve));
+    co_await resolving;
     for (ScannedFile& file : work->unknown) {
         work->results.push_back(
             unmatched(std::move(file), std::nullopt, VerdictWords::unknownFile));
     }
-    co_await retryAsFilms(work);
+    auto retrying = retryAsFilms(work);
+    co_await retrying;
     for (ResolvedFile& result : work->results) tellConflict(result);
     co_return std::move(work->results);
 }
 
 Task<> Matcher::sortByKind(std::vector<ScannedFile> files, std::shared_ptr<Work> work) {
-    std::vector<std::optional<Guess>> guesses =
-        co_await GuessReading::readAll(files, useAI, cancel);
+    auto reading = GuessReading::readAll(files, useAI, cancel);
+    std::vector<std::optional<Guess>> guesses = co_await reading;
     for (std::size_t i = 0; i < files.size(); i++) {
         if (!guesses[i]) {
             work->unknown.push_back(std::move(files[i]));
@@ -140,7 +155,8 @@ Task<> Matcher::sortByKind(std::vector<ScannedFile> files, std::shared_ptr<Work>
 Task<> Matcher::resolveSeasons(std::shared_ptr<Work> work) {
     for (const auto& [key, season] : work->seasons) {
         cancel.check();
-        std::vector<ResolvedFile> resolved = co_await resolveSeason(season.files, season.guesses);
+        auto resolving = resolveSeason(season.files, season.guesses);
+        std::vector<ResolvedFile> resolved = co_await resolving;
         work->done += static_cast<int>(resolved.size());
         for (ResolvedFile& result : resolved) work->results.push_back(std::move(result));
         report(work->done, work->total, "Checking " + season.title());
@@ -150,7 +166,8 @@ Task<> Matcher::resolveSeasons(std::shared_ptr<Work> work) {
 Task<> Matcher::resolveFilm(std::shared_ptr<Work> work, std::size_t index) {
     cancel.check();
     const Guess guess = work->films.guesses[index];
-    ResolvedFile result = co_await resolveMovie(work->films.files[index], guess);
+    auto resolving = resolveMovie(work->films.files[index], guess);
+    ResolvedFile result = co_await resolving;
     work->results.push_back(std::move(result));
     work->done++;
     report(work->done, work->total, "Checking " + guess.title);
@@ -161,7 +178,8 @@ Task<> Matcher::retryAsFilms(std::shared_ptr<Work> work) {
         const ResolvedFile& result = work->results[i];
         if (!mayBeFilm(result)) continue;
         cancel.check();
-        ResolvedFile film = co_await resolveMovie(result.file, asFilm(*result.guess));
+        auto resolving = resolveMovie(result.file, asFilm(*result.guess));
+        ResolvedFile film = co_await resolving;
         work->results[i] = std::move(film);
     }
 }

@@ -4,7 +4,9 @@
 // context (the thread of the Qt event loop); blocking work goes to a worker and comes back.
 //
 // Rules for coroutines here (g++ 12 gets the others wrong): parameters by value, no capturing
-// lambda is itself a coroutine, no co_await inside a conditional expression or an argument list.
+// lambda is itself a coroutine, no co_await inside a conditional expression or an argument list,
+// and a call with arguments is named before it is awaited (auto task = f(x); co_await task;): a
+// temporary inside the awaited expression may be destroyed twice.
 //
 // A Task starts at once and runs up to its first wait. Dropping it doesn't stop it: whoever wants
 // an end keeps a CancelToken, whose cancel() resumes every wait on it before it returns, so an

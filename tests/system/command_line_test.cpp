@@ -79,7 +79,10 @@ TEST_F(CommandLine, AConfirmedFileGetsItsDetailsAndCoverAndKeepsMediaInodeAndAcc
 
     ASSERT_THAT(result.lines("RESULT"), ElementsAre(HasSubstr("RESULT done: Charade | Details "
                                                               "written | layout before ")));
-    EXPECT_EQ(packetHashes(file), packets);
+    // FFmpeg shows the cover as one more track, behind those of the film.
+    std::vector<std::string> packetsNow = packetHashes(file);
+    packetsNow.resize(packets.size());
+    EXPECT_EQ(packetsNow, packets);
     EXPECT_EQ(inodeOf(file), inode);
     EXPECT_EQ(probeValue(file, "format_tags=title"), "Charade");
     EXPECT_EQ(probeValue(file, "format_tags=date"), "1963-12-05T12:00:00Z");
