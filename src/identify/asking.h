@@ -55,7 +55,8 @@ Task<std::optional<T>> answer(Task<T> call, CancelToken cancel,
                               std::shared_ptr<const void> keep = {}) {
     std::optional<T> result;
     try {
-        T value = co_await orCancelled<T>(std::move(call), cancel, std::move(keep));
+        auto waiting = orCancelled<T>(std::move(call), cancel, std::move(keep));
+        T value = co_await waiting;
         result.emplace(std::move(value));
     } catch (const CancelError&) {
         throw;

@@ -92,7 +92,8 @@ Task<std::optional<Guess>> run(AIGuesser::Input input) {
     const AIGuesser::Model model = AIGuesser::state().model;
     if (!model) co_return guess;
     try {
-        const FileGuess answer = co_await model(instructions, AIGuesser::prompt(input));
+        auto asking = model(instructions, AIGuesser::prompt(input));
+        const FileGuess answer = co_await asking;
         guess = guessFrom(answer);
     } catch (const CancelError&) {
         throw;

@@ -36,7 +36,8 @@ Task<Parses> parseAll(std::vector<ScannedFile> files, CancelToken cancel) {
         std::function<Parses()> work = [some = std::vector<ScannedFile>(begin, end)] {
             return parseSome(some);
         };
-        Parses parses = co_await Asking::orCancelled(Async::onWorker(std::move(work)), cancel);
+        auto working = Asking::orCancelled(Async::onWorker(std::move(work)), cancel);
+        Parses parses = co_await working;
         std::move(parses.begin(), parses.end(), std::back_inserter(all));
     }
     co_return all;
@@ -63,14 +64,16 @@ std::optional<Guess> settled(const FilenameRules::Parse& parse, std::optional<Gu
 
 Task<std::vector<std::optional<Guess>>> readAll(std::vector<ScannedFile> files, bool useModel,
                                                 CancelToken cancel) {
-    const Parses parses = co_await parseAll(files, cancel);
+    auto parsing = parseAll(files, cancel);
+    const Parses parses = co_await parsing;
     const bool mayAsk = useModel && !AIGuesser::disabled() && AIGuesser::isAvailable();
     std::vector<std::optional<Guess>> guesses;
     for (std::size_t i = 0; i < files.size(); i++) {
         std::optional<Guess> model;
         const AIGuesser::Input input = inputOf(files[i]);
         if (mayAsk && wantsModel(parses[i])) {
-            model = co_await Asking::orCancelled(ModelCall::run(input), cancel);
+            auto asking = Asking::orCancelled(ModelCall::run(input), cancel);
+            model = co_await asking;
         }
         guesses.push_back(settled(parses[i], std::move(model), input));
     }

@@ -74,11 +74,13 @@ Task<ResolvedFile> fromExternal(ExternalSource* source, ScannedFile file, Guess 
                                 CancelToken cancel) {
     const SourceID id = source->id();
     const Wanted wanted = Wanted::of(file, guess);
-    auto found = co_await Asking::answer(source->searchMovies(wanted.title), cancel);
+    auto searching = Asking::answer(source->searchMovies(wanted.title), cancel);
+    auto found = co_await searching;
     const std::vector<ExtMovie> films =
         namesakes(std::move(found).value_or(std::vector<ExtMovie>{}), wanted);
     for (std::size_t i = 0; i < std::min(looks, films.size()); i++) {
-        const auto filled = co_await Asking::answer(source->movieDetails(films[i]), cancel);
+        auto filling = Asking::answer(source->movieDetails(films[i]), cancel);
+        const auto filled = co_await filling;
         const ExtMovie& film = filled ? *filled : films[i];
         if (const auto verdict = judge(film, wanted)) {
             co_return ResolvedFile{std::move(file), std::move(guess), matchOf(film, id), *verdict,

@@ -27,9 +27,11 @@ Task<ResolvedFile> Matcher::resolveMovie(ScannedFile file, Guess guess) {
     for (const SourceID id : asked) {
         ResolvedFile result;
         if (id == SourceID::tmdb) {
-            result = co_await MovieResolver::fromTMDB(tmdb, file, guess, cancel);
+            auto resolving = MovieResolver::fromTMDB(tmdb, file, guess, cancel);
+            result = co_await resolving;
         } else if (ExternalSource* const source = external(id)) {
-            result = co_await MovieResolver::fromExternal(source, file, guess, cancel);
+            auto resolving = MovieResolver::fromExternal(source, file, guess, cancel);
+            result = co_await resolving;
         } else {
             continue;
         }

@@ -43,8 +43,9 @@ using InquiryPtr = std::shared_ptr<Inquiry>;
 
 Task<std::vector<TMDBSearchHit>> search(InquiryPtr inquiry, std::string query,
                                         std::optional<int> year) {
-    auto found = co_await Asking::answer(inquiry->tmdb->searchMovie(query, year), inquiry->cancel,
-                                         inquiry->tmdb);
+    auto searching =
+        Asking::answer(inquiry->tmdb->searchMovie(query, year), inquiry->cancel, inquiry->tmdb);
+    auto found = co_await searching;
     std::vector<TMDBSearchHit> hits;
     if (found) {
         hits = std::move(*found);
@@ -55,7 +56,8 @@ Task<std::vector<TMDBSearchHit>> search(InquiryPtr inquiry, std::string query,
 }
 
 Task<std::optional<TMDBMovie>> fetch(InquiryPtr inquiry, std::int64_t id) {
-    auto movie = co_await Asking::answer(inquiry->tmdb->movie(id), inquiry->cancel, inquiry->tmdb);
+    auto asking = Asking::answer(inquiry->tmdb->movie(id), inquiry->cancel, inquiry->tmdb);
+    auto movie = co_await asking;
     if (!movie) inquiry->failed = true;
     co_return movie;
 }
@@ -75,7 +77,8 @@ Task<> gatherHits(InquiryPtr inquiry) {
 
     std::vector<TMDBSearchHit> all;
     for (const Search& one : searches) {
-        const auto found = co_await search(inquiry, one.query, one.year);
+        auto searching = search(inquiry, one.query, one.year);
+        const auto found = co_await searching;
         all.insert(all.end(), found.begin(), found.end());
         if (MovieJudging::hasExactTitle(all, wanted)) break;
     }
@@ -86,7 +89,8 @@ Task<> fetchCandidates(InquiryPtr inquiry) {
     const std::size_t looks = inquiry->wanted.year ? looksWithYear : looksWithoutYear;
     for (std::size_t i = 0; i < std::min(looks, inquiry->hits.size()); i++) {
         const TMDBSearchHit hit = inquiry->hits[i];
-        auto movie = co_await fetch(inquiry, hit.id);
+        auto fetching = fetch(inquiry, hit.id);
+        auto movie = co_await fetching;
         if (!movie) continue;
         inquiry->candidates.push_back(MovieJudging::candidate(
             std::move(*movie), hit.popularity.value_or(0.0), i, inquiry->wanted));
@@ -95,15 +99,18 @@ Task<> fetchCandidates(InquiryPtr inquiry) {
 
 /// A name with extra words behind the true title: shorter and shorter beginnings are tried.
 Task<> tryShorterTitles(InquiryPtr inquiry) {
-    for (const std::string& title : MovieJudging::shorterTitles(inquiry->wanted.title)) {
+    const std::vector<std::string> titles = MovieJudging::shorterTitles(inquiry->wanted.title);
+    for (const std::string& title : titles) {
         const std::size_t before = inquiry->candidates.size();
-        const auto hits = co_await search(inquiry, title, inquiry->wanted.year);
+        auto searching = search(inquiry, title, inquiry->wanted.year);
+        const auto hits = co_await searching;
         for (const TMDBSearchHit& hit : hits) {
             if (inquiry->isCandidate(hit.id) ||
                 !MovieJudging::isBeginning(hit.anyTitle(), inquiry->wanted.title)) {
                 continue;
             }
-            auto movie = co_await fetch(inquiry, hit.id);
+            auto fetching = fetch(inquiry, hit.id);
+            auto movie = co_await fetching;
             if (!movie) continue;
             inquiry->candidates.push_back(MovieJudging::shorterCandidate(
                 std::move(*movie), hit.popularity.value_or(0.0), inquiry->wanted));
@@ -148,9 +155,14 @@ Task<ResolvedFile> fromTMDB(std::shared_ptr<TMDBClient> tmdb, ScannedFile file, 
     inquiry->cancel = cancel;
     inquiry->wanted = Wanted::of(file, guess);
 
-    co_await gatherHits(inquiry);
-    co_await fetchCandidates(inquiry);
-    if (inquiry->wanted.year && !inquiry->hasExactCandidate()) co_await tryShorterTitles(inquiry);
+    auto gathering = gatherHits(inquiry);
+    co_await gathering;
+    auto fetching = fetchCandidates(inquiry);
+    co_await fetching;
+    if (inquiry->wanted.year && !inquiry->hasExactCandidate()) {
+        auto shortening = tryShorterTitles(inquiry);
+        co_await shortening;
+    }
     if (inquiry->candidates.empty()) {
         const std::string reason = inquiry->nothingFound();
         co_return unmatched(std::move(file), std::move(guess), reason);

@@ -35,7 +35,8 @@ Task<std::optional<Chosen>> firstWithSeason(ExternalSource* source, std::vector<
     const auto wanted = SeasonJudging::claims(files.guesses);
     std::optional<Chosen> second;
     for (const ExtShow& show : shows) {
-        auto episodes = co_await Asking::answer(source->episodes(files.season(), show), cancel);
+        auto asking = Asking::answer(source->episodes(files.season(), show), cancel);
+        auto episodes = co_await asking;
         if (!episodes || episodes->empty()) continue;
         const bool isWanted = hasAnyOf(*episodes, wanted);
         if (!isWanted && second) continue;
@@ -133,19 +134,22 @@ Task<std::vector<ResolvedFile>> fromExternal(ExternalSource* source, SeasonFiles
                                              CancelToken cancel) {
     const SourceID id = source->id();
     const std::string title = VerdictWords::quoted(files.title());
-    const auto found = co_await Asking::answer(source->searchShows(files.title()), cancel);
+    auto searching = Asking::answer(source->searchShows(files.title()), cancel);
+    const auto found = co_await searching;
     const std::vector<ExtShow> shows = SeasonJudging::candidates(
         found.value_or(std::vector<ExtShow>{}), files,
         [](const ExtShow& show) { return show.title; },
         [](const ExtShow& show) { return show.year; });
     if (shows.empty()) co_return files.missed("No show called " + title + " on " + displayName(id));
 
-    auto chosen = co_await firstWithSeason(source, exactFirst(shows, files.title()), files, cancel);
+    auto choosing = firstWithSeason(source, exactFirst(shows, files.title()), files, cancel);
+    auto chosen = co_await choosing;
     if (!chosen) {
         co_return files.missed("Season " + std::to_string(files.season()) + " isn't on " +
                                displayName(id) + " for " + title);
     }
-    auto info = co_await Asking::answer(source->showInfo(chosen->show), cancel);
+    auto describing = Asking::answer(source->showInfo(chosen->show), cancel);
+    auto info = co_await describing;
     if (info) chosen->info = std::move(*info);
 
     const Season season(id, std::move(*chosen), files);

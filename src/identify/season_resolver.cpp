@@ -44,9 +44,11 @@ Task<std::vector<ResolvedFile>> Matcher::resolveSeason(std::vector<ScannedFile> 
         if (missing.empty()) break;
         std::vector<ResolvedFile> results;
         if (id == SourceID::tmdb) {
-            results = co_await SeasonResolver::fromTMDB(tmdb, std::move(missing), cancel);
+            auto resolving = SeasonResolver::fromTMDB(tmdb, std::move(missing), cancel);
+            results = co_await resolving;
         } else if (ExternalSource* const source = external(id)) {
-            results = co_await SeasonResolver::fromExternal(source, std::move(missing), cancel);
+            auto resolving = SeasonResolver::fromExternal(source, std::move(missing), cancel);
+            results = co_await resolving;
         }
         for (std::size_t i = 0; i < results.size(); i++) {
             keep(answers[open[i]], std::move(results[i]));

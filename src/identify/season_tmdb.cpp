@@ -42,8 +42,8 @@ Task<std::optional<SeasonCandidate>> bestCandidate(std::shared_ptr<TMDBClient> t
     std::optional<SeasonCandidate> best;
     for (std::size_t position = 0; position < hits.size(); position++) {
         SeasonCandidate candidate{hits[position], std::nullopt, 0.0};
-        candidate.season =
-            co_await Asking::answer(tmdb->season(files.season(), candidate.hit.id), cancel, tmdb);
+        auto asking = Asking::answer(tmdb->season(files.season(), candidate.hit.id), cancel, tmdb);
+        candidate.season = co_await asking;
         candidate.score = SeasonJudging::fit(files, episodesOf(candidate.season)) +
                           0.1 * TitleMatch::similarity(nameOf(candidate.hit), files.title()) -
                           0.01 * static_cast<double>(position);
@@ -86,12 +86,14 @@ std::vector<ResolvedFile> judgeAll(const SeasonFiles& files, const SeasonCandida
 Task<std::vector<ResolvedFile>> fromTMDB(std::shared_ptr<TMDBClient> tmdb, SeasonFiles files,
                                          CancelToken cancel) {
     if (!tmdb) co_return files.missed(VerdictWords::noKey);
-    const auto found = co_await Asking::answer(tmdb->searchShow(files.title()), cancel, tmdb);
+    auto searching = Asking::answer(tmdb->searchShow(files.title()), cancel, tmdb);
+    const auto found = co_await searching;
     if (!found) co_return files.missed(VerdictWords::unreachable);
     std::vector<TMDBSearchHit> hits = SeasonJudging::candidates(*found, files, nameOf, yearOf);
     const std::string title = VerdictWords::quoted(files.title());
     if (hits.empty()) co_return files.missed("No show called " + title + " in the database");
-    const auto best = co_await bestCandidate(tmdb, std::move(hits), files, cancel);
+    auto comparing = bestCandidate(tmdb, std::move(hits), files, cancel);
+    const auto best = co_await comparing;
     if (!best || !best->season) {
         co_return files.missed("Season " + std::to_string(files.season()) +
                                " isn't in the database for " + title);
