@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/errors.h"
+#include "mp4/large_pages.h"
 #include "mp4/track_parser.h"
 
 namespace marlet::SampleTables {
@@ -64,10 +65,10 @@ std::uint64_t claimedSamples(const Rows& runs, std::uint64_t sampleCount, Budget
 /// The last of the two words of an entry, as often as the first one says.
 template <typename Value, typename Decode>
 std::vector<Value> expand(const Rows& runs, std::uint64_t total, Decode decode) {
-    std::vector<Value> values(static_cast<std::size_t>(total));
-    auto out = values.begin();
+    std::vector<Value> values;
+    reserveLarge(values, static_cast<std::size_t>(total));
     for (std::uint64_t i = 0; i < runs.count(); i++)
-        out = std::fill_n(out, load32(runs[i]), decode(load32(runs[i] + 4)));
+        values.insert(values.end(), load32(runs[i]), decode(load32(runs[i] + 4)));
     return values;
 }
 
@@ -183,8 +184,9 @@ std::vector<std::uint32_t> sizes(ByteView data, const BoxSpan& stsz, Budget& bud
     }
     const Rows rows(data, stsz.start + 12, count, 4, failure);
     budget.spendBytes(count * sizeof(std::uint32_t), failure);
-    std::vector<std::uint32_t> values(count);
-    for (std::uint32_t i = 0; i < count; i++) values[i] = load32(rows[i]);
+    std::vector<std::uint32_t> values;
+    reserveLarge(values, count);
+    for (std::uint32_t i = 0; i < count; i++) values.push_back(load32(rows[i]));
     return values;
 }
 
@@ -208,7 +210,7 @@ std::vector<Chunk> chunks(ByteView data, const Boxes& boxes, std::uint64_t sampl
     budget.spendBytes(total * sizeof(Chunk), "bad stsc");
 
     std::vector<Chunk> chunks;
-    chunks.reserve(static_cast<std::size_t>(total));
+    reserveLarge(chunks, static_cast<std::size_t>(total));
     std::uint32_t sample = 0;
     for (std::uint64_t i = 0; i < stsc.count(); i++) {
         const ChunkRun run = chunkRun(stsc, i, offsets.rows.count());

@@ -136,14 +136,11 @@ private:
     double longest_ = 0;
 };
 
-bool byOffset(const Chunk& a, const Chunk& b) {
-    return a.offset < b.offset;
-}
-
 double longestStretch(const Track& track, const std::optional<double>& videoEnd) {
     Sums sums(track.durations, gapCap(track.durations));
     Joiner joiner;
     // Nearly every writer stores chunks in order; then no list of runs is needed.
+    const auto byOffset = [](const Chunk& a, const Chunk& b) { return a.offset < b.offset; };
     if (std::is_sorted(track.chunks.begin(), track.chunks.end(), byOffset)) {
         for (const Chunk& chunk : track.chunks) joiner.add(runOf(track, chunk, sums, videoEnd));
         return joiner.longest();

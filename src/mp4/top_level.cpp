@@ -10,6 +10,7 @@
 #include "foundation/errors.h"
 #include "foundation/syscalls.h"
 #include "mp4/box.h"
+#include "mp4/large_pages.h"
 
 namespace marlet {
 
@@ -92,7 +93,9 @@ Bytes loadMoov(const std::filesystem::path& file) {
     const std::uint64_t size = std::min(box->size, cursor.length() - box->offset);
     if (size <= header || size - header >= oddIndexSize) throw MFError("moov box has an odd size");
 
-    Bytes payload(static_cast<std::size_t>(size - header));
+    Bytes payload;
+    reserveLarge(payload, static_cast<std::size_t>(size - header));
+    payload.resize(static_cast<std::size_t>(size - header));
     payload.resize(readAt(cursor.fd(), payload, box->offset + header));
     return payload;
 }
