@@ -312,6 +312,13 @@ TEST(SampleTables, ChunkRowsThatLeadBackEndlesslyAreBad) {
     EXPECT_EQ(failureOf(sound.moov()), "bad stsc");
 }
 
+TEST(SampleTables, MillionsOfChunksWithoutSamplesAreBad) {
+    Sound sound;
+    sound.stsc = stscBox({{1, 0}});
+    sound.offsets = stcoBox(Numbers(12'000'000, 1000));
+    EXPECT_EQ(failureOf(sound.moov()), "bad stsc");
+}
+
 TEST(SampleTables, ChunksThatClaimMoreSamplesThanThereAreAreInconsistent) {
     Sound sound;
     sound.stsc = stscBox({{1, 2}});
