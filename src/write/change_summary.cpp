@@ -1,6 +1,5 @@
 #include "write/change_summary.h"
 
-#include <map>
 #include <optional>
 #include <set>
 
@@ -8,8 +7,6 @@
 #include "foundation/text.h"
 
 namespace marlet::ChangeSummary {
-
-namespace {
 
 const std::map<std::string, std::string> labels = {
     {"©nam", "title"},
@@ -29,6 +26,8 @@ const std::map<std::string, std::string> labels = {
     {"iTunEXTC", "content rating"},
     {"iTunMOVI", "cast and crew"},
 };
+
+namespace {
 
 // Characters: a longer value is cut so that one change stays one line.
 constexpr std::size_t longestValue = 60;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@ namespace marlet {
 
 /// Tells in words what changed between two lists of tag items.
 namespace ChangeSummary {
+
+/// The words for an item, by its type or freeform name; what has none is never told.
+extern const std::map<std::string, std::string> labels;
 
 /// One text a changed item that has words ("title: Old → New"), in the order of the item types.
 /// Numbers aren't decoded: a changed season reads "season: (set) → (set)".

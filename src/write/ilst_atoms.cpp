@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "foundation/text.h"
 #include "mp4/box.h"
 #include "write/ilst_editor.h"

@@ -1,8 +1,6 @@
 #include "write/tag_builder.h"
 
-#include <array>
 #include <map>
-#include <string_view>
 #include <utility>
 
 #include "foundation/text.h"
