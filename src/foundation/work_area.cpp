@@ -10,10 +10,10 @@
 #include <system_error>
 
 #include "foundation/dates.h"
-#include "foundation/durable.h"
 #include "foundation/folder_tree.h"
 #include "foundation/line_log.h"
 #include "foundation/paths.h"
+#include "foundation/work_lock.h"
 
 namespace marlet::WorkArea {
 
@@ -26,24 +26,6 @@ std::mutex activeLock;
 std::set<fs::path>& active() {  // guarded by activeLock
     static std::set<fs::path> folders;
     return folders;
-}
-
-fs::path lockFile(const fs::path& folder) {
-    return folder / ".lock";
-}
-
-/// A lock file that is locked before it gets its name: another program that cleans up never sees
-/// it in between and takes the job for ended.
-FileHandle makeLock(const fs::path& folder) {
-    const fs::path unnamed = folder / (".lock-" + newUUID());
-    FileHandle lock(Sys::open(unnamed, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0644));
-    if (!lock.isOpen()) return lock;
-    Sys::flock(lock.get(), LOCK_EX | LOCK_NB);
-    if (Sys::rename(unnamed, lockFile(folder)) != 0) {
-        Sys::unlink(unnamed);
-        lock.close();
-    }
-    return lock;
 }
 
 }  // namespace
@@ -72,13 +54,15 @@ std::vector<fs::path> folders() {
     return found;
 }
 
+void markActive(const fs::path& folder) {
+    const std::lock_guard guard(activeLock);
+    active().insert(Paths::standardised(folder));
+}
+
 FileHandle claim(const fs::path& folder) {
-    {
-        const std::lock_guard guard(activeLock);
-        active().insert(Paths::standardised(folder));
-    }
-    FileHandle lock(Sys::open(lockFile(folder), O_RDWR | O_NOFOLLOW));
-    if (!lock.isOpen() && errno == ENOENT) return makeLock(folder);
+    markActive(folder);
+    FileHandle lock(Sys::open(workLockFile(folder), O_RDWR | O_NOFOLLOW));
+    if (!lock.isOpen() && errno == ENOENT) return makeWorkLock(folder);
     if (lock.isOpen()) Sys::flock(lock.get(), LOCK_EX | LOCK_NB);
     return lock;
 }
@@ -93,8 +77,8 @@ void release(const fs::path& folder, FileHandle lock) {
 }
 
 LockState lockState(const fs::path& folder) {
-    if (!Sys::lstat(lockFile(folder)) && errno == ENOENT) return LockState::None;
-    const FileHandle lock(Sys::open(lockFile(folder), O_RDWR | O_NOFOLLOW));
+    if (!Sys::lstat(workLockFile(folder)) && errno == ENOENT) return LockState::None;
+    const FileHandle lock(Sys::open(workLockFile(folder), O_RDWR | O_NOFOLLOW));
     if (!lock.isOpen() || Sys::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) return LockState::Held;
     Sys::flock(lock.get(), LOCK_UN);
     return LockState::Released;
@@ -141,22 +125,3 @@ void log(const std::string& text) {
 }
 
 }  // namespace marlet::WorkArea
-
-namespace marlet {
-
-WorkFolder::WorkFolder() : path_(Paths::workDir() / newUUID()) {}
-
-WorkFolder::~WorkFolder() {
-    if (!created_) return;
-    if (!keep_) FolderTree::remove(path_);
-    WorkArea::release(path_, std::move(lock_));
-}
-
-void WorkFolder::create() {
-    // From here on there may be something to remove, also when the making fails half-way.
-    created_ = true;
-    Durable::makeFolders(path_);
-    lock_ = WorkArea::claim(path_);
-}
-
-}  // namespace marlet

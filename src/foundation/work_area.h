@@ -39,6 +39,13 @@ std::vector<std::filesystem::path> folders();
 /// Marks the folder as in use by this process and takes its lock ("<folder>/.lock", flock).
 /// A handle that is not open means that only this process is warned off.
 FileHandle claim(const std::filesystem::path& folder);
+/// Makes a job folder (durably, with its parents) and claims it in one step: it gets its name only
+/// when its lock is held, so that a crash at any moment leaves either no folder or one whose lock
+/// says that its job has ended. Throws MFError.
+FileHandle makeClaimed(const std::filesystem::path& folder);
+/// Takes a folder out of the area in one step and removes it then, so that a crash never leaves a
+/// half-removed one behind. Never fails.
+void discard(const std::filesystem::path& folder);
 /// Ends the claim: unlocks, closes, forgets the folder. The folder itself is the caller's to
 /// remove.
 void release(const std::filesystem::path& folder, FileHandle lock);

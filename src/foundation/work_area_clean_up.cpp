@@ -2,7 +2,6 @@
 #include <optional>
 
 #include "foundation/file_ops.h"
-#include "foundation/folder_tree.h"
 #include "foundation/format_bytes.h"
 #include "foundation/paths.h"
 #include "foundation/work_area.h"
@@ -84,7 +83,7 @@ Report cleanUp(DryRun dryRun) {
         if (dryRun == DryRun::Yes) continue;
         log("removed work folder " + entry.name + " (" + formatBytes(entry.bytes) +
             "): " + entry.reason);
-        FolderTree::remove(folder);
+        discard(folder);
     }
     return report;
 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <system_error>
 
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
@@ -79,7 +78,7 @@ private:
                             " and ");
         }
         // The folder goes last: a crash in between must not report a lost copy.
-        if (removeJournal() && ownsFolder_) removeFolder();
+        if (removeJournal() && ownsFolder_) WorkArea::discard(folder_);
         return sentence("It has been finished and checked byte for byte.", ". ");
     }
 
@@ -99,11 +98,6 @@ private:
         } catch (const std::exception&) {
             return false;
         }
-    }
-
-    void removeFolder() {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
     }
 
     std::string sentence(const std::string& end, const std::string& join) const {

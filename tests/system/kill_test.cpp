@@ -92,7 +92,7 @@ TEST_F(KilledRun, LeavesEachFileAsItWasOrCompleteAfterTheNextStart) {
             ASSERT_TRUE(nlohmann::json::accept(text)) << text;
         }
         ASSERT_FALSE(fs::exists(data() / "pending-write.json"));
-        ASSERT_TRUE(!fs::exists(work()) || fs::is_empty(work()));
+        ASSERT_TRUE(!fs::exists(work()) || fs::is_empty(work())) << after.count();
     }
     // A test that only ever killed before the first write, or after the last, would prove little.
     EXPECT_GT(untouched, 0);
