@@ -83,6 +83,28 @@ private:
 
 }  // namespace
 
+namespace {
+
+/// As much of the range as the file has.
+Bytes readPayload(int fd, std::uint64_t at, std::uint64_t size) {
+    // In steps: what the vector clears is still in the processor's cache when it is filled, and a
+    // read that fails has not cost memory for all that was to come.
+    constexpr std::uint64_t step = 1 << 20;
+    Bytes payload;
+    reserveLarge(payload, static_cast<std::size_t>(size));
+    while (payload.size() < size) {
+        const std::size_t done = payload.size();
+        const auto wanted = static_cast<std::size_t>(std::min(step, size - done));
+        payload.resize(done + wanted);
+        const std::size_t got = readAt(fd, std::span(payload).subspan(done), at + done);
+        payload.resize(done + got);
+        if (got < wanted) break;
+    }
+    return payload;
+}
+
+}  // namespace
+
 Bytes loadMoov(const std::filesystem::path& file) {
     TopCursor cursor(file);
     auto box = cursor.next();
@@ -93,11 +115,7 @@ Bytes loadMoov(const std::filesystem::path& file) {
     const std::uint64_t size = std::min(box->size, cursor.length() - box->offset);
     if (size <= header || size - header >= oddIndexSize) throw MFError("moov box has an odd size");
 
-    Bytes payload;
-    reserveLarge(payload, static_cast<std::size_t>(size - header));
-    payload.resize(static_cast<std::size_t>(size - header));
-    payload.resize(readAt(cursor.fd(), payload, box->offset + header));
-    return payload;
+    return readPayload(cursor.fd(), box->offset + header, size - header);
 }
 
 namespace TagRestore {

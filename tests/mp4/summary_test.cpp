@@ -315,7 +315,7 @@ TEST(SampleTables, ChunkRowsThatLeadBackEndlesslyAreBad) {
 TEST(SampleTables, MillionsOfChunksWithoutSamplesAreBad) {
     Sound sound;
     sound.stsc = stscBox({{1, 0}});
-    sound.offsets = stcoBox(Numbers(12'000'000, 1000));
+    sound.offsets = fullBox("stco", 0, 0, joined({be32(12'000'000), Bytes(48'000'000)}));
     EXPECT_EQ(failureOf(sound.moov()), "bad stsc");
 }
 
