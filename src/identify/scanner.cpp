@@ -29,7 +29,7 @@ bool isPackage(const fs::path& folder) {
 }
 
 bool isHidden(const fs::path& path) {
-    const std::string& name = path.filename().native();
+    const std::string name = path.filename().native();
     return !name.empty() && name.front() == '.';
 }
 
