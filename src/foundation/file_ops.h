@@ -15,7 +15,7 @@ namespace marlet {
 /// a checkpoint at the head of every chunk. Failures are MFError "phrase: system text".
 namespace FileOps {
 
-inline constexpr std::size_t chunkSize = 16 * 1024 * 1024;
+inline constexpr std::size_t chunkSize = std::size_t{16} * 1024 * 1024;
 
 struct Staged {
     std::string digest;       ///< SHA-256 of what was read and written, lower-case hexadecimal
@@ -38,8 +38,8 @@ void copy(const std::filesystem::path& from, const std::filesystem::path& to, Ru
           const Progress& progress = {});
 
 /// A copy that hashes what it reads in the same pass. The target must not exist.
-Staged stage(const std::filesystem::path& from, const std::filesystem::path& to, RunControl& control,
-             const Progress& progress = {});
+Staged stage(const std::filesystem::path& from, const std::filesystem::path& to,
+             RunControl& control, const Progress& progress = {});
 
 /// A private copy that shares its blocks with the source where the file system can, and is read
 /// and written otherwise. The target must not exist. Nothing is flushed.
@@ -67,7 +67,7 @@ std::size_t readFull(int fd, std::span<std::uint8_t> buffer, std::uint64_t at);
 
 /// The file's bytes, for small files; nothing when it can't be read or is larger than `limit`.
 std::optional<Bytes> readSmall(const std::filesystem::path& path,
-                               std::size_t limit = 256 * 1024 * 1024);
+                               std::size_t limit = std::size_t{256} * 1024 * 1024);
 
 }  // namespace FileOps
 }  // namespace marlet

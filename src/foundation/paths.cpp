@@ -87,7 +87,7 @@ fs::path preferencesFile() {
 
 fs::path homeDir() {
     if (const auto home = absoluteFromEnvironment("HOME")) return *home;
-    std::vector<char> buffer(16 * 1024);
+    std::vector<char> buffer(std::size_t{16} * 1024);
     passwd entry{};
     passwd* found = nullptr;
     if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&

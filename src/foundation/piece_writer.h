@@ -24,7 +24,7 @@ enum class Behind {
 /// fills and hashes the next ones: a small ring of pieces, whatever the size of the file.
 class PieceWriter {
 public:
-    static constexpr std::size_t pieceSize = 1024 * 1024;
+    static constexpr std::size_t pieceSize = std::size_t{1024} * 1024;
     static constexpr std::size_t pieces = 4;
 
     enum class Thread { None, Own };

@@ -96,7 +96,7 @@ std::size_t mostPerTransfer() {
 
 }  // namespace Faults
 
-Fault::Fault(Call call, int error, int nth, bool forever, fs::path path) : call_(call) {
+Fault::Fault(Call call, int error, int nth, bool forever, const fs::path& path) : call_(call) {
     Armed fault{true, error, nth, forever, path, path.empty() ? fs::path() : withoutLinks(path), 0};
     const std::lock_guard guard(faultLock);
     faultOf(call) = std::move(fault);

@@ -84,7 +84,8 @@ enum class Call {
 /// repeated as the real one is.
 class Fault {
 public:
-    Fault(Call call, int error, int nth = 1, bool forever = false, std::filesystem::path path = {});
+    Fault(Call call, int error, int nth = 1, bool forever = false,
+          const std::filesystem::path& path = {});
     ~Fault();
     Fault(const Fault&) = delete;
     Fault& operator=(const Fault&) = delete;
