@@ -46,6 +46,8 @@ FileHandle makeClaimed(const std::filesystem::path& folder);
 /// Takes a folder out of the area in one step and removes it then, so that a crash never leaves a
 /// half-removed one behind. Never fails.
 void discard(const std::filesystem::path& folder);
+/// Removes what programs left that died while a folder of theirs was on its way in or out.
+void sweepDoorstep();
 /// Ends the claim: unlocks, closes, forgets the folder. The folder itself is the caller's to
 /// remove.
 void release(const std::filesystem::path& folder, FileHandle lock);

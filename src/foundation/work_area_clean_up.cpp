@@ -72,6 +72,7 @@ Decision decide(const fs::path& folder, const std::optional<fs::path>& recovery)
 Report cleanUp(DryRun dryRun) {
     const auto recovery = recoveryFolder();
     Report report;
+    if (dryRun == DryRun::No) sweepDoorstep();
     for (const fs::path& folder : folders()) {
         const Decision decision = decide(folder, recovery);
         const Entry entry{folder.filename().string(), size(folder), decision.reason};

@@ -20,16 +20,16 @@ fs::path doorstep() {
     return Paths::workDir().parent_path() / "work-doorstep";
 }
 
-/// Folders of programs that died on the way in or out. One that is still on its way in holds its
-/// lock, but for a moment at its start; makeClaimed copes with losing it then.
+}  // namespace
+
+// One that is still on its way in holds its lock, but for a moment at its start; makeClaimed copes
+// with losing it then.
 void sweepDoorstep() {
     std::error_code failed;
     fs::directory_iterator item(doorstep(), failed);
     for (; !failed && item != fs::directory_iterator(); item.increment(failed))
         if (lockState(item->path()) != LockState::Held) FolderTree::remove(item->path());
 }
-
-}  // namespace
 
 FileHandle makeClaimed(const fs::path& folder) {
     Durable::makeFolders(doorstep());

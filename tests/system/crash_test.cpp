@@ -103,14 +103,13 @@ protected:
     }
     void expectTidy() {
         EXPECT_FALSE(fs::exists(Paths::journalFile()));
-        if (!fs::exists(Paths::workDir())) return;
-        for (const auto& folder : fs::directory_iterator(Paths::workDir())) {
-            // Killed between the making of the folder and of its lock: nothing tells then whose
-            // it is, so it stays for a while, and nothing is in it.
-            EXPECT_FALSE(fs::exists(folder.path() / ".lock")) << folder.path();
-            for (const auto& entry : fs::directory_iterator(folder.path()))
-                EXPECT_EQ(fs::file_size(entry), 0U) << entry.path();
+        if (fs::exists(Paths::workDir())) {
+            EXPECT_TRUE(fs::is_empty(Paths::workDir()));
         }
+        if (!fs::exists(Paths::cachesDir())) return;
+        // Nor a copy of a film on its way in or out.
+        for (const auto& entry : fs::recursive_directory_iterator(Paths::cachesDir()))
+            EXPECT_NE(entry.path().extension(), ".mp4") << entry.path();
     }
     void expectWholeRestorePoint() {
         const fs::path folder = RestorePoints::folder(run_->film());
