@@ -30,16 +30,16 @@ export MARLET_TMDB_API=http://127.0.0.1:$port/3 MARLET_TMDB_IMAGES=http://127.0.
 echo "It answers on port $port."
 
 say "3. Scanning: what is each file, and does a person have to look?"
-"$programs/marlet" --scan "$library" --report "$demo/report.tsv" --quit
+"$programs/marlet" --scan "$library" --report "$demo/report.tsv" --progress --quit
 column -t -s $'\t' <"$demo/report.tsv" 2>/dev/null || cat "$demo/report.tsv"
 
 say "4. Writing details and covers into the files that are certain"
 tag=()
 while IFS= read -r -d '' file; do tag+=(--tag "$file"); done < <(
     find "$library" -type f \( -iname '*.mp4' -o -iname '*.m4v' \) -print0 | sort -z)
-"$programs/marlet" "${tag[@]}" --quit
+"$programs/marlet" "${tag[@]}" --progress --quit
 
 say "5. Putting the original details of that run back"
-"$programs/marlet" --restore-last-batch --quit
+"$programs/marlet" --restore-last-batch --progress --quit
 
 say "Done. The library is in .demo/library, History in .demo/home/data."

@@ -100,6 +100,7 @@ public:
 
     // Queueing and restoring.
     WriteQueue& queue() { return queue_; }
+    const WriteQueue& queue() const { return queue_; }
     HistoryStore& history() { return history_; }
     void addToQueue(std::vector<LibraryItem> items);
     Task<> addToQueueNow(std::vector<LibraryItem> items);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "app/console_progress.h"
 #include "app/settings.h"
 #include "foundation/preferences.h"
 #include "identify/guess_model.h"
@@ -45,6 +46,8 @@ Task<> waitForScan(AppModel& model) {
 Task<bool> runIfRequested(AppModel& model, Options options) {
     trace(options, "entered");
     applyForTheRun(options);
+    std::optional<ConsoleProgress> progress;
+    if (options.progress || ConsoleProgress::isWanted()) progress.emplace(model);
     if (options.restoreLastBatch) {
         co_await restoreLastBatch(model);
         co_return true;

@@ -29,6 +29,7 @@ struct Options {
     bool restoreLastBatch = false;
     bool quit = false;
     bool trace = false;
+    bool progress = false;  ///< tell on standard error what is being done
     bool planTest = false;
     bool planOnly = false;
     bool artReport = false;

@@ -32,6 +32,7 @@ const std::map<std::string, Flag>& flags() {
         {"--restore-last-batch", &Options::restoreLastBatch},
         {"--quit", &Options::quit},
         {"--trace", &Options::trace},
+        {"--progress", &Options::progress},
         {"--plan-test", &Options::planTest},
         {"--plan-only", &Options::planOnly},
         {"--art-report", &Options::artReport},
