@@ -13,7 +13,7 @@ namespace marlet {
 namespace WriteGuard {
 /// Fails when the path lies in a "Media Library" folder and changes there are not allowed.
 void check(const std::filesystem::path& path);
-}
+}  // namespace WriteGuard
 
 namespace TagWriter {
 
