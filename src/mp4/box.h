@@ -14,10 +14,10 @@ namespace marlet {
 
 /// One box of the ISO base media file format (ISO/IEC 14496-12, 4.2) inside a byte array.
 struct Box {
-    std::string type;            ///< Latin-1 as UTF-8 ("©nam"); empty when past the buffer
-    std::int64_t boxStart = 0;   ///< offset of the size field
-    std::int64_t start = 0;      ///< offset of the payload
-    std::int64_t end = 0;        ///< just past the box, clamped to the range walked
+    std::string type;           ///< Latin-1 as UTF-8 ("©nam"); empty when past the buffer
+    std::int64_t boxStart = 0;  ///< offset of the size field
+    std::int64_t start = 0;     ///< offset of the payload
+    std::int64_t end = 0;       ///< just past the box, clamped to the range walked
     bool operator==(const Box&) const = default;
 };
 

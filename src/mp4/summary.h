@@ -28,16 +28,16 @@ struct Track {
     int altGroup = 0;
     std::uint32_t timescale = 1;  ///< units a second; 0 is stored as 1
     std::string handler;
-    std::string codec;     ///< detail
-    std::string language;  ///< three letters (ISO 639-2/T)
+    std::string codec;                     ///< detail
+    std::string language;                  ///< three letters (ISO 639-2/T)
     std::vector<std::uint32_t> sizes;      ///< bytes, one a sample
     std::vector<std::uint32_t> durations;  ///< time units, one a sample
     std::vector<std::int64_t> ctts;        ///< detail: composition offsets, one a sample
     std::vector<std::uint32_t> sync;       ///< detail: sample numbers from 1, as stored
     std::vector<Chunk> chunks;
-    std::string stsdDigest;              ///< detail
-    std::string elstDigest;              ///< detail; empty without an edit list
-    Bytes stsd;                          ///< detail: payload
+    std::string stsdDigest;               ///< detail
+    std::string elstDigest;               ///< detail; empty without an edit list
+    Bytes stsd;                           ///< detail: payload
     std::vector<std::uint32_t> chapRefs;  ///< detail: track IDs
     std::uint64_t tkhdCreated = 0;
     std::uint64_t tkhdModified = 0;
