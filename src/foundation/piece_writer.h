@@ -25,7 +25,7 @@ enum class Behind {
 class PieceWriter {
 public:
     static constexpr std::size_t pieceSize = std::size_t{1024} * 1024;
-    static constexpr std::size_t pieces = 4;
+    static constexpr std::size_t pieces = 8;
 
     enum class Thread { None, Own };
     PieceWriter(int fd, Behind behind, Thread thread);
