@@ -14,11 +14,15 @@ using ByteView = std::span<const std::uint8_t>;
 inline ByteView viewOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
-inline Bytes bytesOf(std::string_view text) { return {text.begin(), text.end()}; }
+inline Bytes bytesOf(std::string_view text) {
+    return {text.begin(), text.end()};
+}
 inline std::string textOf(ByteView bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
-inline void append(Bytes& out, ByteView more) { out.insert(out.end(), more.begin(), more.end()); }
+inline void append(Bytes& out, ByteView more) {
+    out.insert(out.end(), more.begin(), more.end());
+}
 
 /// The part of data from `from` to `to` (offsets), clamped to what is there.
 ByteView slice(ByteView data, std::int64_t from, std::int64_t to);

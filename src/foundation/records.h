@@ -61,8 +61,8 @@ struct Guess {
     std::optional<int> episode;
     std::optional<std::string> episodeTitle;
     Source source = Source::rules;
-    std::optional<std::string> conflict;  ///< a guard's note on the reading
-    bool compact = false;                 ///< "106" read as season 1, episode 6
+    std::optional<std::string> conflict;    ///< a guard's note on the reading
+    bool compact = false;                   ///< "106" read as season 1, episode 6
     std::optional<std::string> movieTitle;  ///< the reading as a film, for a compact guess
     std::optional<int> movieYear;
     auto operator<=>(const Guess&) const = default;

@@ -1,5 +1,6 @@
 #include "write/in_place_delivery.h"
 
+#include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "mp4/sound_layout.h"
@@ -82,12 +83,15 @@ void InPlaceDelivery::editRegion() {
 void InPlaceDelivery::applyEdit() {
     job_.report("Writing details", 0.7);
     IlstEditor::apply(*candidate_.plan, job_.file());
+    // The journal goes on the strength of it, so here a flush that fails is a failure.
+    Durable::flushFile(job_.file());
 }
 
 void InPlaceDelivery::takeBackEdit() {
     const WriteJournal journal = journalOf(job_.candidate);
     try {
         IlstEditor::apply(candidate_.plan->undo(), job_.file());
+        Durable::flushFile(job_.file());
     } catch (const std::exception&) {
         // The comparison tells.
     }
@@ -115,6 +119,7 @@ bool InPlaceDelivery::tryOverwrite(std::string& failure) {
     try {
         job_.report(writing, 0.7);
         FileOps::overwriteInPlace(job_.file(), job_.candidate, job_.part(writing, 0.7, 0.18));
+        Durable::flushFile(job_.file());
         job_.report(comparing, 0.88);
         if (FileOps::filesEqual(job_.candidate, job_.file(), job_.control,
                                 job_.part(comparing, 0.88, 0.08)))
@@ -198,6 +203,7 @@ bool InPlaceDelivery::fileEquals(const fs::path& copy) const {
 bool InPlaceDelivery::restoreOriginalBytes() const {
     try {
         FileOps::overwriteInPlace(job_.file(), job_.staged);
+        Durable::flushFile(job_.file());
     } catch (const std::exception&) {
         return false;
     }

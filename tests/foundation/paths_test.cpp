@@ -47,14 +47,14 @@ TEST(Paths, EveryPlaceLiesInItsXdgFolder) {
 }
 
 TEST(Paths, ARelativeOrEmptyXdgValueCountsAsUnset) {
-    const ScopedEnv home("HOME", "/home/somebody");
+    const ScopedEnv home("HOME", "/people/somebody");
     const ScopedEnv data("XDG_DATA_HOME", "data");
     const ScopedEnv cache("XDG_CACHE_HOME", "");
     const ScopedEnv config("XDG_CONFIG_HOME", "../config");
     const std::string name = Paths::folderName();
-    EXPECT_EQ(Paths::documentsDir(), "/home/somebody/.local/share/" + name);
-    EXPECT_EQ(Paths::workDir(), "/home/somebody/.cache/" + name + "/work");
-    EXPECT_EQ(Paths::preferencesFile(), "/home/somebody/.config/" + name + "/" + name + ".conf");
+    EXPECT_EQ(Paths::documentsDir(), "/people/somebody/.local/share/" + name);
+    EXPECT_EQ(Paths::workDir(), "/people/somebody/.cache/" + name + "/work");
+    EXPECT_EQ(Paths::preferencesFile(), "/people/somebody/.config/" + name + "/" + name + ".conf");
 }
 
 TEST(Paths, AHomeThatIsNotAbsoluteIsTakenFromTheUserDatabase) {

@@ -83,8 +83,12 @@ void writeFile(const fs::path& file, ByteView content) {
     if (!out) throw std::runtime_error("cannot write " + file.string());
 }
 
-fs::path builtProgram(const std::string& name) { return fs::path(MARLET_BINARY_DIR) / name; }
+fs::path builtProgram(const std::string& name) {
+    return fs::path(MARLET_BINARY_DIR) / name;
+}
 
-fs::path sourceTree() { return MARLET_SOURCE_DIR; }
+fs::path sourceTree() {
+    return MARLET_SOURCE_DIR;
+}
 
 }  // namespace marlet::test
