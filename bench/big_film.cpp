@@ -87,6 +87,8 @@ Bytes trackBox(const Part& part, std::uint32_t id) {
 Bytes indexBox(const std::vector<Part>& parts) {
     std::vector<Bytes> children = {mvhdBox(movieTimescale, movieTimescale * seconds)};
     for (std::uint32_t i = 0; i < parts.size(); i++) children.push_back(trackBox(parts[i], i + 1));
+    // What an encoder leaves behind, as in any real file.
+    children.push_back(udtaBox({textItem("©too", "an encoder")}));
     return box("moov", joined(children));
 }
 
