@@ -1,5 +1,5 @@
 #include <nlohmann/json.hpp>
-#include <optional>
+#include <string>
 
 #include "foundation/file_ops.h"
 #include "foundation/format_bytes.h"
@@ -23,16 +23,18 @@ struct Decision {
     std::string reason;
 };
 
-/// The folder that holds the good copy of a write that did not end. A journal that can't be read
-/// counts as none.
-std::optional<fs::path> recoveryFolder() {
+/// The journal of a write that did not end. One that can't be read counts as none.
+nlohmann::json pendingJournal() {
     const auto content = FileOps::readSmall(Paths::journalFile(), journalLimit);
-    if (!content) return std::nullopt;
+    if (!content) return nullptr;
     const auto journal = nlohmann::json::parse(*content, nullptr, false);
-    if (!journal.is_object()) return std::nullopt;
-    const auto temp = journal.find("temp");
-    if (temp == journal.end() || !temp->is_string()) return std::nullopt;
-    return Paths::standardised(fs::path(temp->get<std::string>()).parent_path());
+    if (!journal.is_object()) return nullptr;
+    return journal;
+}
+
+std::string textAt(const nlohmann::json& journal, const char* key) {
+    const auto found = journal.find(key);
+    return found != journal.end() && found->is_string() ? found->get<std::string>() : "";
 }
 
 /// By name, or by identity: a link somewhere above may have given the same folder another name.
@@ -52,14 +54,28 @@ Decision decideWithoutLock(const fs::path& folder) {
                       " min), no recovery pending"};
 }
 
+/// Read anew each time: another program's job may end while this one cleans up.
+bool isNeededByRecovery(const fs::path& folder) {
+    const nlohmann::json journal = pendingJournal();
+    const fs::path temp = textAt(journal, "temp");
+    if (temp.has_parent_path() && isSameFolder(folder, temp.parent_path())) return true;
+    // A path that is no text stands there a second time, exactly, in hexadecimal.
+    const std::string inside = Paths::standardised(folder).native() + "/";
+    return textAt(journal, "tempHex").starts_with(toHex(viewOf(inside)));
+}
+
 /// The first rule that applies settles the folder; in doubt it is kept.
-Decision decide(const fs::path& folder, const std::optional<fs::path>& recovery) {
-    if (recovery && isSameFolder(folder, *recovery)) return {false, "needed by a pending recovery"};
+Decision decide(const fs::path& folder) {
+    const Decision needed{false, "needed by a pending recovery"};
+    if (isNeededByRecovery(folder)) return needed;
     if (isClaimed(folder)) return {false, "in use by a running job"};
     switch (lockState(folder)) {
         case LockState::Held:
             return {false, "in use by another running job"};
         case LockState::Released:
+            // A job lets go of its lock after it has written its journal, so only a journal that is
+            // read behind the lock is sure to be its last.
+            if (isNeededByRecovery(folder)) return needed;
             return {true, "its job has ended (lock released), no recovery pending"};
         case LockState::None:
             break;
@@ -70,11 +86,10 @@ Decision decide(const fs::path& folder, const std::optional<fs::path>& recovery)
 }  // namespace
 
 Report cleanUp(DryRun dryRun) {
-    const auto recovery = recoveryFolder();
     Report report;
     if (dryRun == DryRun::No) sweepDoorstep();
     for (const fs::path& folder : folders()) {
-        const Decision decision = decide(folder, recovery);
+        const Decision decision = decide(folder);
         const Entry entry{folder.filename().string(), size(folder), decision.reason};
         if (!decision.removes) {
             report.kept.push_back(entry);

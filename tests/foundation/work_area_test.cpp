@@ -224,6 +224,15 @@ TEST_F(WorkAreaTest, TheFolderOfTheJournalIsKnownUnderAnotherNameToo) {
     expectKept(folder, "needed by a pending recovery");
 }
 
+TEST_F(WorkAreaTest, TheFolderOfTheJournalIsKeptWhereItsPathIsNoText) {
+    const test::ScopedEnv caches("XDG_CACHE_HOME", (home.path() / "caf\xE9").string());
+    const fs::path folder = makeEnded();
+    const fs::path temp = folder / "candidate.m4v";
+    writeJournal(R"({"file": "/a.m4v", "temp": ")" + Text::repairUtf8(viewOf(temp.native())) +
+                 R"(", "tempHex": ")" + toHex(viewOf(temp.native())) + R"(", "size": 5})");
+    expectKept(folder, "needed by a pending recovery");
+}
+
 TEST_F(WorkAreaTest, AJournalWhoseTempIsGoneProtectsNothing) {
     const fs::path folder = makeEnded();
     writeJournalFor(Paths::workDir() / newUUID() / "candidate.m4v");
