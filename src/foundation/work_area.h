@@ -86,6 +86,9 @@ public:
     void create();
     /// The folder stays on disk when the job ends, since a recovery depends on it.
     void keep() { keep_ = true; }
+    /// The folder stays with no journal to protect it: it is moved to a name that no clean-up looks
+    /// at, and is the person's from then on. Gives its new place, the old one if it can't be moved.
+    std::filesystem::path setAside();
 
 private:
     std::filesystem::path path_;

@@ -63,12 +63,26 @@ void discard(const fs::path& folder) {
 
 namespace marlet {
 
+namespace fs = std::filesystem;
+
 WorkFolder::WorkFolder() : path_(Paths::workDir() / newUUID()) {}
 
 WorkFolder::~WorkFolder() {
     if (!created_) return;
     if (!keep_) WorkArea::discard(path_);
     WorkArea::release(path_, std::move(lock_));
+}
+
+fs::path WorkFolder::setAside() {
+    keep();
+    const fs::path aside = path_.parent_path() / ("kept-" + path_.filename().string());
+    if (Sys::rename(path_, aside) != 0) return path_;
+    try {
+        Durable::flushFolder(aside.parent_path());
+    } catch (const MFError&) {
+        // It has its new name all the same, for as long as the power stays on.
+    }
+    return aside;
 }
 
 void WorkFolder::create() {

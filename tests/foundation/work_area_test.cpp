@@ -390,6 +390,32 @@ TEST_F(WorkAreaTest, AWorkFolderThatARecoveryNeedsStaysAndIsReleased) {
     expectRemoved(place, ended);
 }
 
+TEST_F(WorkAreaTest, AWorkFolderThatIsSetAsideIsNeverRemoved) {
+    fs::path place;
+    {
+        WorkFolder folder;
+        folder.create();
+        test::writeFile(folder.path() / "staged.m4v", viewOf("x"));
+        place = folder.setAside();
+        EXPECT_NE(place, folder.path());
+    }
+    EXPECT_EQ(WorkArea::cleanUp(DryRun::No), WorkArea::Report());
+    EXPECT_TRUE(exists(place / "staged.m4v"));
+}
+
+TEST_F(WorkAreaTest, AWorkFolderThatCantBeSetAsideIsKeptWhereItIs) {
+    fs::path place;
+    {
+        WorkFolder folder;
+        folder.create();
+        const Fault fault(Call::Rename, EIO, 1, true, folder.path());
+        place = folder.setAside();
+        EXPECT_EQ(place, folder.path());
+    }
+    EXPECT_TRUE(exists(place));
+    EXPECT_FALSE(WorkArea::isHeld(place));
+}
+
 TEST_F(WorkAreaTest, AWorkFolderThatCantBeMadeLeavesNothing) {
     {
         WorkFolder folder;
