@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string>
 
+#include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "foundation/paths.h"
@@ -85,7 +86,9 @@ private:
     void finish() {
         RunControl control;
         const CriticalSection critical(control);
-        if (FileOps::filesEqual(journal_.temp, journal_.file, control)) return;
+        // The program may have been killed between its last write and its flush.
+        if (FileOps::filesEqual(journal_.temp, journal_.file, control))
+            return Durable::flushFile(journal_.file);
         FileOps::overwriteInPlace(journal_.file, journal_.temp);
         if (!FileOps::filesEqual(journal_.temp, journal_.file, control))
             throw MFError("compare failed");

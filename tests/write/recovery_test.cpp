@@ -76,6 +76,17 @@ TEST_F(Recovery, AFullyWrittenFileIsNotWrittenAgain) {
     EXPECT_FALSE(hasJournal());
 }
 
+TEST_F(Recovery, AFullyWrittenFileIsFlushedBeforeItsCopyGoes) {
+    writeFile(file_, viewOf("the verified copy"));
+    const Sys::Fault fault(Sys::Call::Flush, EIO, 1, true, file_);
+    EXPECT_EQ(recover(),
+              "A previous write to Film.mp4 was interrupted and finishing it failed (cannot flush "
+              "file: Input/output error). The verified copy is at " +
+                  temp().string() + ".");
+    EXPECT_TRUE(hasJournal());
+    EXPECT_TRUE(fs::exists(temp()));
+}
+
 TEST_F(Recovery, TheFileKeepsItsIdentity) {
     const auto before = Sys::stat(file_)->inode;
     recover();
