@@ -1,5 +1,6 @@
 #include "write/journal.h"
 
+#include <cerrno>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -50,6 +51,11 @@ std::optional<WriteJournal> decode(const Bytes& text) {
     }
 }
 
+/// A disk that doesn't answer may still hold the copy.
+bool namesNothing(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
+}
+
 }  // namespace
 
 void WriteJournal::save() const {
@@ -73,7 +79,8 @@ void WriteJournal::remove() {
 bool WriteJournal::hasCopy() const {
     // Our copy is a file of its own, never a link, and never empty: an empty video isn't written.
     const auto found = Sys::lstat(temp);
-    return found && found->isRegular && size > 0 && found->size == size;
+    if (!found) return !namesNothing(errno);
+    return found->isRegular && size > 0 && found->size == size;
 }
 
 }  // namespace marlet

@@ -20,7 +20,8 @@ struct WriteJournal {
     /// Durable when it returns; throws MFError when it can't be removed.
     static void remove();
 
-    /// Whether the verified copy is still there, as large as it was.
+    /// Whether the verified copy is still there, as large as it was. One that can't be looked at
+    /// isn't taken for gone.
     bool hasCopy() const;
     bool operator==(const WriteJournal&) const = default;
 };

@@ -86,6 +86,8 @@ private:
     void finish() {
         RunControl control;
         const CriticalSection critical(control);
+        if (FileOps::size(journal_.temp) != journal_.size)
+            throw MFError("the verified copy can't be read");
         // The program may have been killed between its last write and its flush.
         if (FileOps::filesEqual(journal_.temp, journal_.file, control))
             return Durable::flushFile(journal_.file);

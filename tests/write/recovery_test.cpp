@@ -108,6 +108,20 @@ TEST_F(Recovery, ACopyOfAnotherSizeIsGoneAndNeverWritten) {
     EXPECT_FALSE(hasJournal());
 }
 
+TEST_F(Recovery, ACopyThatCannotBeLookedAtIsNotTakenForGone) {
+    {
+        const Sys::Fault fault(Sys::Call::Stat, EIO, 1, true, temp());
+        EXPECT_EQ(recover(),
+                  "A previous write to Film.mp4 was interrupted and finishing it failed (the "
+                  "verified copy can't be read). The verified copy is at " +
+                      temp().string() + ".");
+        EXPECT_EQ(film(), "half the verif");
+        EXPECT_TRUE(hasJournal());
+    }
+    EXPECT_EQ(recover(), finished);
+    EXPECT_EQ(film(), "the verified copy");
+}
+
 TEST_F(Recovery, AFailureIsToldAtEveryStartUntilItWorks) {
     const std::string told =
         "A previous write to Film.mp4 was interrupted and finishing it failed (write failed: "
