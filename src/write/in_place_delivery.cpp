@@ -149,10 +149,10 @@ void InPlaceDelivery::checkLayout() {
 void InPlaceDelivery::putOriginalBack(double after) {
     const WriteJournal journal = journalOf(job_.staged);
     try {
-        journal.save();
+        open(journal);
     } catch (const std::exception&) {
-        job_.folder.keep();
-        throw JobEnd::stopped(Wording::layoutNotPutBack(after, job_.staged));
+        // The file is whole, and without a way back it stays so.
+        throw JobEnd::stopped(Wording::layoutNotPutBack(after, keptOriginal(journal)));
     }
     if (!restoreOriginalBytes()) {
         job_.folder.keep();
@@ -160,6 +160,14 @@ void InPlaceDelivery::putOriginalBack(double after) {
     }
     close(journal);
     throw MFError(Wording::layoutPutBack(after));
+}
+
+/// Where the original's copy stays: a journal that could not be taken back protects it, and else it
+/// has to lie where no clean-up looks.
+fs::path InPlaceDelivery::keptOriginal(const WriteJournal& journal) {
+    job_.folder.keep();
+    if (WriteJournal::load() == journal) return job_.staged;
+    return job_.folder.setAside() / job_.staged.filename();
 }
 
 // The journal and the two copies. --------------------------------------------------------------
@@ -174,8 +182,16 @@ void InPlaceDelivery::open(const WriteJournal& journal) {
     try {
         journal.save();
     } catch (const std::exception&) {
-        if (WriteJournal::load() == journal) close(journal);
+        if (WriteJournal::load() == journal) takeBack(journal);
         throw;
+    }
+}
+
+void InPlaceDelivery::takeBack(const WriteJournal& journal) {
+    try {
+        WriteJournal::remove();
+    } catch (const std::exception& failure) {
+        if (WriteJournal::load() == journal) keep(journal, failure.what());
     }
 }
 
@@ -183,7 +199,19 @@ void InPlaceDelivery::close(const WriteJournal& journal) {
     try {
         WriteJournal::remove();
     } catch (const std::exception& failure) {
+        standAgain(journal);
         keep(journal, failure.what());
+    }
+}
+
+/// A removal that wasn't flushed is none, and the next start is promised to finish the write: for
+/// that the journal has to be there.
+void InPlaceDelivery::standAgain(const WriteJournal& journal) {
+    if (WriteJournal::load()) return;
+    try {
+        journal.save();
+    } catch (const std::exception&) {
+        // It stands, if not yet for a loss of power, or the disk takes nothing any more.
     }
 }
 

@@ -30,9 +30,12 @@ private:
     bool tryOverwrite(std::string& failure);
     void checkLayout();
     void putOriginalBack(double after);
+    std::filesystem::path keptOriginal(const WriteJournal& journal);
 
     void open(const WriteJournal& journal);
+    void takeBack(const WriteJournal& journal);
     void close(const WriteJournal& journal);
+    void standAgain(const WriteJournal& journal);
     [[noreturn]] void keep(const WriteJournal& journal, const std::string& failure);
     bool fileEquals(const std::filesystem::path& copy) const;
     bool restoreOriginalBytes() const;
