@@ -130,6 +130,13 @@ TEST_F(Deliver, AMissingFolderIsAFailureOfSaving) {
               "saving the new file failed: cannot create copy: No such file or directory");
 }
 
+TEST_F(Deliver, ACopyThatIsNotTheSameIsRemoved) {
+    // A file that says it is empty is never the size of its copy.
+    built_ = "/proc/self/status";
+    EXPECT_EQ(failure(), "saving the new file failed: the saved file didn't match");
+    EXPECT_THAT(delivered(), IsEmpty());
+}
+
 TEST_F(Deliver, ACopyThatCannotBeReadBackIsRemoved) {
     // The first reading is the copy's, the second the comparison's.
     const Sys::Fault fault(Sys::Call::Open, EIO, 2, false, built_);

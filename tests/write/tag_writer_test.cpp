@@ -528,6 +528,17 @@ TEST_F(SavesACopy, AndACancelLeavesNothingThere) {
     EXPECT_TRUE(fs::is_empty(*job_.request.copyTo));
 }
 
+TEST_F(SavesACopy, AndOneThatIsNotTheSameIsRemoved) {
+    const auto spoil = [&](const std::string& label, double fraction) {
+        if (label != "Saving a copy" || fraction <= 0.64) return;
+        for (const auto& item : fs::directory_iterator(*job_.request.copyTo))
+            flipByte(item.path(), 100);
+    };
+    expectUntouched(job_, TagWriter::write(job_.request, job_.control, spoil), Status::failed,
+                    "the copy didn't match; removed");
+    EXPECT_TRUE(fs::is_empty(*job_.request.copyTo));
+}
+
 TEST_F(SavesACopy, AndAFolderThatCannotBeMadeIsTold) {
     writeFile(job_.file().parent_path() / "My", viewOf("a file"));
     expectUntouched(job_, job_.write(), Status::failed,
