@@ -178,6 +178,8 @@ WriteJournal InPlaceDelivery::journalOf(const fs::path& copy) const {
 
 /// Nothing was written yet: a journal that failed halfway must not be left for a recovery.
 void InPlaceDelivery::open(const WriteJournal& journal) {
+    // A recovery would take a copy of no size for lost.
+    if (journal.size == 0) throw MFError(Wording::copyUnreadable);
     WriteGate::requireNoPendingWrite();
     try {
         journal.save();

@@ -41,6 +41,7 @@ inline constexpr const char* tracksNeedDetails =
     "tracks can only be left out together with a details write";
 inline constexpr const char* accountTag = "refusing to write an account tag";
 inline constexpr const char* notInPlace = "a conversion is not an in-place write";
+inline constexpr const char* copyUnreadable = "the verified copy can't be read";
 inline constexpr const char* copyDidNotMatch = "the copy didn't match; removed";
 inline constexpr const char* copySaved = "Saved a copy next to the original";
 inline constexpr const char* changedWhileProcessed =

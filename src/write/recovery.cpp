@@ -13,6 +13,7 @@
 #include "foundation/text.h"
 #include "foundation/work_area.h"
 #include "write/journal.h"
+#include "write/outcome_wording.h"
 #include "write/tag_writer.h"
 
 namespace marlet::TagWriter {
@@ -86,8 +87,7 @@ private:
     void finish() {
         RunControl control;
         const CriticalSection critical(control);
-        if (FileOps::size(journal_.temp) != journal_.size)
-            throw MFError("the verified copy can't be read");
+        if (FileOps::size(journal_.temp) != journal_.size) throw MFError(Wording::copyUnreadable);
         // The program may have been killed between its last write and its flush.
         if (FileOps::filesEqual(journal_.temp, journal_.file, control))
             return Durable::flushFile(journal_.file);

@@ -123,6 +123,17 @@ TEST(InPlaceWrite, WithoutAJournalNothingIsWritten) {
     EXPECT_TRUE(job.isTidy());
 }
 
+TEST(InPlaceWrite, WithACopyThatCannotBeLookedAtNothingIsWritten) {
+    FilmJob job;
+    std::optional<Sys::Fault> fault;
+    job.at("Checked", [&] {
+        fault.emplace(Sys::Call::Stat, EIO, 1, true, job.workFolder() / "candidate.mp4");
+    });
+    expectFailed(job.write(), "the verified copy can't be read");
+    EXPECT_EQ(job.now(), job.original());
+    EXPECT_TRUE(job.isTidy());
+}
+
 TEST(InPlaceWrite, AJournalThatWasSavedButNotFlushedIsTakenBack) {
     FilmJob job;
     // The folder's flush behind the rename fails; those of the restore point went well.
