@@ -39,6 +39,10 @@ while IFS= read -r -d '' file; do tag+=(--tag "$file"); done < <(
     find "$library" -type f \( -iname '*.mp4' -o -iname '*.m4v' \) -print0 | sort -z)
 "$programs/marlet" "${tag[@]}" --progress --quit
 
+echo
+echo "Where it says that MP4Box is missing, the file keeps its index in front and has no room beside"
+echo "it: only laying it out anew makes room, which this version can't do yet. It was left untouched."
+
 say "5. Putting the original details of that run back"
 "$programs/marlet" --restore-last-batch --progress --quit
 
