@@ -54,9 +54,8 @@ void waitForZombie(pid_t pid) {
         if (errno != EINTR) failWith("cannot wait", errno);
 }
 
-std::map<std::string, unsigned long long> ioOf(pid_t pid) {
+std::map<std::string, unsigned long long> countsIn(std::ifstream& file) {
     std::map<std::string, unsigned long long> counts;
-    std::ifstream file("/proc/" + std::to_string(pid) + "/io");
     std::string name;
     for (unsigned long long value = 0; file >> name >> value;)
         counts[name.substr(0, name.size() - 1)] = value;
@@ -68,9 +67,11 @@ Cost run(char** arguments) {
     Cost cost;
     const auto began = Clock::now();
     const pid_t pid = start(arguments);
+    // A zombie's counts belong to root: the file is opened while the program lives.
+    std::ifstream counts("/proc/" + std::to_string(pid) + "/io");
     waitForZombie(pid);
     cost.wallMs = std::chrono::duration<double, std::milli>(Clock::now() - began).count();
-    cost.io = ioOf(pid);
+    cost.io = countsIn(counts);
     if (wait4(pid, &cost.status, 0, &cost.used) != pid) failWith("cannot reap", errno);
     return cost;
 }

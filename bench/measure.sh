@@ -2,6 +2,7 @@
 # Turns, their best, and the rows of the table.
 
 declare -A best  # "label/field": the least of all turns; of peak_kib the most
+first_load=$(cut -d' ' -f1 /proc/loadavg)
 rows=()          # name, ours, peer, ratio, goal, verdict; separated by tabs
 
 # Starts from a cold cache; FILES are dropped one by one where the whole cache may not be.
@@ -52,11 +53,11 @@ row() {
 row_missing() { rows+=("$1"$'\t'"-"$'\t'"-"$'\t'"-"$'\t'"at most $2"$'\t'"not measured here: $3"); }
 
 print_machine() {
-    printf '\n%s, %s cores, %s of memory, %s on %s; Linux %s; load %s\n' \
+    printf '\n%s, %s cores, %s of memory, %s on %s; Linux %s; load %s at first, %s at last\n' \
         "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" "$(nproc)" \
         "$(awk '/^MemTotal/ { printf "%.0f GiB", $2 / 1048576 }' /proc/meminfo)" \
         "$(df --output=fstype "$work" | tail -n 1)" "$(df --output=source "$work" | tail -n 1)" \
-        "$(uname -r)" "$(cut -d' ' -f1-3 /proc/loadavg)"
+        "$(uname -r)" "$first_load" "$(cut -d' ' -f1 /proc/loadavg)"
     printf '%s GiB film, %s files; best of %s turns of each side, alternately\n\n' \
         "$gib" "$scanned" "$turns"
 }
