@@ -75,7 +75,8 @@ Task<R> onWorker(std::function<R()> work) {
     auto outcome = std::make_shared<detail::Outcome<R>>();
     // The function moves along, so that what it captures is let go on the worker.
     std::function<void()> job = [outcome, work = std::move(work)] { outcome->keep(work); };
-    co_await detail::runOnWorker(std::move(job));
+    Task<> running = detail::runOnWorker(std::move(job));
+    co_await running;
     if constexpr (std::is_void_v<R>) {
         outcome->take();
     } else {
