@@ -1,8 +1,8 @@
 #include "sources/source_cache.h"
 
+#include <cstdint>
 #include <ctime>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "foundation/paths.h"
@@ -16,6 +16,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::chrono::seconds longestAge{21600};
+/// Bytes. What is larger was not written here.
+constexpr std::uintmax_t largestAnswer = 64 * 1024 * 1024;
 
 Instant& oldest() {
     static Instant instant = Instant::min();
@@ -36,9 +38,13 @@ std::optional<Bytes> read(const std::string& key, Instant now) {
     const auto saved =
         std::chrono::time_point_cast<Instant::duration>(std::chrono::file_clock::to_sys(written));
     if (now - saved > longestAge || saved < oldest()) return std::nullopt;
+    const std::uintmax_t size = fs::file_size(file, error);
+    if (error || size > largestAnswer) return std::nullopt;
     std::ifstream in(file, std::ios::binary);
+    Bytes bytes(size);
+    in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
     if (!in) return std::nullopt;
-    return Bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    return bytes;
 }
 
 void write(ByteView data, const std::string& key) {

@@ -72,6 +72,23 @@ TEST_F(SourceCacheTest, ItsFolderIsMadeWhenNeeded) {
     EXPECT_TRUE(fs::is_directory(Paths::sourceCacheDir()));
 }
 
+TEST_F(SourceCacheTest, AFolderInPlaceOfAnAnswerCountsAsAbsent) {
+    fs::create_directories(file("k"));
+    EXPECT_NO_THROW(EXPECT_FALSE(SourceCache::read("k")));
+    EXPECT_NO_THROW(SourceCache::write(viewOf("{}"), "k"));
+}
+
+TEST_F(SourceCacheTest, AnAnswerLargerThanAnyThatIsWrittenCountsAsAbsent) {
+    SourceCache::write(viewOf("{}"), "k");
+    fs::resize_file(file("k"), 64ULL * 1024 * 1024 + 1);  // sparse: takes no room
+    EXPECT_FALSE(SourceCache::read("k"));
+}
+
+TEST_F(SourceCacheTest, AnEmptyAnswerIsAnAnswer) {
+    SourceCache::write({}, "k");
+    EXPECT_EQ(SourceCache::read("k"), Bytes());
+}
+
 TEST_F(SourceCacheTest, AFolderThatCannotBeMadeIsAnEmptyCache) {
     fs::create_directories(Paths::sourceCacheDir().parent_path());
     test::writeFile(Paths::sourceCacheDir(), viewOf("a file"));
