@@ -34,9 +34,10 @@ struct Inquiry {
             return candidate.titleScore >= MovieJudging::exactTitle;
         });
     }
-    bool isCandidate(std::int64_t id) const {
-        return std::any_of(candidates.begin(), candidates.end(),
-                           [&](const Candidate& candidate) { return candidate.movie.id == id; });
+    std::set<std::int64_t> candidateIDs() const {
+        std::set<std::int64_t> ids;
+        for (const Candidate& candidate : candidates) ids.insert(candidate.movie.id);
+        return ids;
     }
 };
 using InquiryPtr = std::shared_ptr<Inquiry>;
@@ -100,15 +101,15 @@ Task<> fetchCandidates(InquiryPtr inquiry) {
 /// A name with extra words behind the true title: shorter and shorter beginnings are tried.
 Task<> tryShorterTitles(InquiryPtr inquiry) {
     const std::vector<std::string> titles = MovieJudging::shorterTitles(inquiry->wanted.title);
+    // A film that gave no answer counts as seen: the next beginning doesn't ask for it again.
+    std::set<std::int64_t> seen = inquiry->candidateIDs();
     for (const std::string& title : titles) {
         const std::size_t before = inquiry->candidates.size();
         auto searching = search(inquiry, title, inquiry->wanted.year);
         const auto hits = co_await searching;
         for (const TMDBSearchHit& hit : hits) {
-            if (inquiry->isCandidate(hit.id) ||
-                !MovieJudging::isBeginning(hit.anyTitle(), inquiry->wanted.title)) {
-                continue;
-            }
+            if (!MovieJudging::isBeginning(hit.anyTitle(), inquiry->wanted.title)) continue;
+            if (!seen.insert(hit.id).second) continue;
             auto fetching = fetch(inquiry, hit.id);
             auto movie = co_await fetching;
             if (!movie) continue;

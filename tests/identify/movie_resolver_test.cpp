@@ -277,6 +277,17 @@ TEST_F(FilmFromTMDB, AShorterTitleOfAnotherYearIsTakenWithItsReason) {
                 ElementsAre("Year differs: file 1995, database 1980"));
 }
 
+TEST_F(FilmFromTMDB, AFilmThatGaveNoAnswerIsNotAskedForByTheNextShorterTitle) {
+    tmdb.film({1, "Heat", "1995-12-15", 170});
+    tmdb.finds("heat wave", {1}, 1995);
+    tmdb.finds("heat", {1}, 1995);
+    tmdb.fails("/movie/1", 500);
+    EXPECT_THAT(resolve(filmGuess("Heat Wave Restored", 1995), 170).verdict.reasons(),
+                ElementsAre("Couldn't reach the database"));
+    EXPECT_THAT(tmdb.asked(), Contains(search("heat", 1995)));
+    EXPECT_THAT(tmdb.asked(), Contains("/movie/1").Times(1));
+}
+
 TEST_F(FilmFromTMDB, WithoutAYearNoShorterTitleIsTried) {
     tmdb.film({1, "Heat Wave", "1995-12-15", 170});
     tmdb.finds("heat wave", {1});
