@@ -1,5 +1,7 @@
 #include "identify/season_judging.h"
 
+#include <limits>
+
 #include "foundation/title_match.h"
 #include "identify/lengths.h"
 
@@ -75,6 +77,7 @@ bool fitsTogether(double minutes, const Episode& first, const Episode& second) {
 /// The file as two episodes in one, when everything speaks for it.
 std::optional<Judgement> asDouble(double minutes, const Guess& guess, const Season& season) {
     const int number = *guess.episode;
+    if (number == std::numeric_limits<int>::max()) return std::nullopt;
     const Episode* const first = find(season.episodes, number);
     const Episode* const second = find(season.episodes, number + 1);
     if (second == nullptr || claimsOn(number + 1, season.claims) > 0 ||

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "identify/made_up_files.h"
 
 namespace marlet {
@@ -129,6 +131,16 @@ TEST(SeasonJudging, TwoFilesOnTheFirstPartAreNoDoubles) {
     EXPECT_THAT(result.verdict.reasons(),
                 ElementsAre("Length differs: file 44 min, database 22 min",
                             "Another file is also episode 4"));
+}
+
+TEST(SeasonJudging, TheLargestNumberHasNoNextEpisode) {
+    constexpr int largest = std::numeric_limits<int>::max();
+    auto season = sampleSeason({numbered(largest)});
+    season.episodes[largest] = {"Goodnight, Seattle (1)", 22};
+    season.episodes[std::numeric_limits<int>::min()] = {"Goodnight, Seattle (2)", 22};
+    const auto result = SeasonJudging::judge(fileOf("/x.mp4", 44), numbered(largest), season);
+    EXPECT_EQ(result.episode, largest);
+    EXPECT_EQ(result.episodeEnd, std::nullopt);
 }
 
 TEST(SeasonJudging, EpisodesThatAreNoPartsOfOneStoryAreNoDouble) {
