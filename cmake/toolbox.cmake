@@ -54,6 +54,9 @@ function(marlet_room name)
   endforeach()
 endfunction()
 
+# Tests are compiled once and run once: optimising them costs more than it gives.
+set(MARLET_TEST_FLAGS -O0)
+
 # One test program per folder of tests/; every test of it is a test of CTest.
 function(marlet_tests_dir name)
   cmake_parse_arguments(TESTS "" "" "SEES;LIBS" ${ARGN})
@@ -63,6 +66,7 @@ function(marlet_tests_dir name)
   endif()
   add_executable(${name}_tests ${sources})
   target_include_directories(${name}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_options(${name}_tests PRIVATE ${MARLET_TEST_FLAGS})
   target_link_libraries(${name}_tests PRIVATE marlet_flags marlet_test_support ${TESTS_LIBS}
     GTest::gmock GTest::gtest)
   foreach(room IN LISTS TESTS_SEES)
