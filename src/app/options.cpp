@@ -63,10 +63,14 @@ Options parse(const std::vector<std::string>& arguments) {
         }
         const auto taker = valued().find(name);
         if (taker == valued().end()) continue;
+        std::string value;
         if (equals != std::string::npos)
-            taker->second(options, argument.substr(equals + 1));
+            value = argument.substr(equals + 1);
         else if (i + 1 < arguments.size() && !Text::startsWith(arguments[i + 1], "-"))
-            taker->second(options, arguments[i + 1]);
+            value = arguments[i + 1];
+        // An empty value is none: every name holds the empty text, and "--confirm=" is no yes to
+        // all.
+        if (!value.empty()) taker->second(options, value);
     }
     if (!scripted) options.files.assign(arguments.begin(), arguments.end());
     return options;

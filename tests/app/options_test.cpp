@@ -25,6 +25,20 @@ TEST(Options, ANextArgumentThatStartsWithADashIsNoValueSoTheOptionIsIgnored) {
     EXPECT_TRUE(parse({"--scan"}).scan.empty());
 }
 
+TEST(Options, AnEmptyValueIsNoneSoThatConfirmingNothingConfirmsNoFile) {
+    const auto options = parse({"--confirm=", "--tag=", "--output-dir=", "--scan", "", "--quit"});
+    EXPECT_TRUE(options.confirm.empty());
+    EXPECT_TRUE(options.tag.empty());
+    EXPECT_FALSE(options.outputDir);
+    EXPECT_TRUE(options.scan.empty());
+    EXPECT_TRUE(options.quit);
+}
+
+TEST(Options, AValueOfTheNextArgumentMayHoldAnEqualsSignOrBeAnyTextWithoutADash) {
+    EXPECT_EQ(parse({"--confirm", "a=b", "--report", "r.tsv"}).confirm, Arguments{"a=b"});
+    EXPECT_EQ(parse({"--tag", "a.mp4", "stray.mp4"}).tag, Paths{"a.mp4"});
+}
+
 TEST(Options, RepeatableOptionsGather) {
     EXPECT_EQ(parse({"--tag", "a", "--tag=b"}).tag, (Paths{"a", "b"}));
     EXPECT_EQ(parse({"--confirm=x", "--confirm=y"}).confirm, (Arguments{"x", "y"}));
