@@ -20,7 +20,7 @@ using namespace marlet;
 
 /// What a launch does once, in this order: take the files that were handed over, finish an
 /// interrupted write before anything can be queued, clear what dead jobs left, run what was asked.
-Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
+Task<bool> launchSteps(AppModel& model, Headless::Options options) {
     if (!options.files.empty()) model.add(options.files);
     if (const auto message = TagWriter::recoverInterruptedWrite()) {
         model.notice = *message;
@@ -29,6 +29,18 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
     if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
     auto running = Headless::runIfRequested(model, options);
     const bool end = co_await running;
+    co_return end;
+}
+
+Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
+    bool end = options.quit || options.restoreLastBatch;
+    try {
+        auto steps = launchSteps(model, options);
+        end = co_await steps;
+    } catch (const std::exception& failure) {
+        // Nobody sits there to end a scripted run that went wrong.
+        std::fprintf(stderr, "marlet: %s\n", failure.what());
+    }
     if (end) gate.requestQuit();
 }
 

@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +23,21 @@ extern "C" void onSignal(int) {
     static_cast<void>(ignored);
 }
 
+/// A person, the system, or the terminal that was closed.
+constexpr std::array asked = {SIGTERM, SIGINT, SIGHUP};
+
+void takeOver(int number) {
+    struct sigaction action {};
+    // Started by nohup, the program is to outlive its terminal.
+    if (sigaction(number, nullptr, &action) == 0 && number == SIGHUP &&
+        action.sa_handler == SIG_IGN)
+        return;
+    action = {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(number, &action, nullptr);
+}
+
 }  // namespace
 
 QuitGate::QuitGate() {
@@ -35,16 +51,13 @@ QuitGate::QuitGate() {
         static_cast<void>(ignored);
         requestQuit();
     });
-    struct sigaction action {};
-    action.sa_handler = onSignal;
-    action.sa_flags = SA_RESTART;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGINT, &action, nullptr);
+    for (const int number : asked) takeOver(number);
+    // Whoever read our output may leave; that is no reason to leave a file half written.
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 QuitGate::~QuitGate() {
-    std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGINT, SIG_DFL);
+    for (const int number : asked) std::signal(number, SIG_DFL);
 }
 
 void QuitGate::requestQuit() {

@@ -6,13 +6,13 @@
 
 namespace marlet {
 
-/// Every way of ending the program passes here: the end of a scripted mode, SIGTERM and SIGINT,
-/// and later the window and the session. While a file is being changed the answer is "later", and
-/// the program ends by itself as soon as it no longer is. A job outside its critical section is
-/// abandoned: its lock dies with the process and the next start clears its folder.
+/// Every way of ending the program passes here: the end of a scripted mode, SIGTERM, SIGINT and
+/// SIGHUP, and later the window and the session. While a file is being changed the answer is
+/// "later", and the program ends by itself as soon as it no longer is. A job outside its critical
+/// section is abandoned: its lock dies with the process and the next start clears its folder.
 class QuitGate {
 public:
-    /// Takes over SIGTERM and SIGINT.
+    /// Takes over those signals, and ignores SIGPIPE.
     QuitGate();
     ~QuitGate();
     QuitGate(const QuitGate&) = delete;
