@@ -1,12 +1,13 @@
 #include "app/write_queue.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
+#include <mutex>
+#include <set>
 
 #include "app/history.h"
 #include "app/worker.h"
 #include "foundation/work_area.h"
+#include "identify/asking.h"
 
 namespace marlet {
 
@@ -55,6 +56,12 @@ HistoryEntry entryOf(const WriteQueue::Job& job, const WriteOutcome& outcome,
     return entry;
 }
 
+/// What was written is not written again, and thousands of covers weigh.
+void dropAtoms(WriteRequest& request) {
+    if (auto* details = std::get_if<WriteRequest::WriteDetails>(&request.mode)) details->atoms = {};
+    if (auto* convert = std::get_if<ConvertRequest>(&request.mode)) convert->atoms = {};
+}
+
 }  // namespace
 
 std::string name(WriteQueue::Job::State state) {
@@ -78,6 +85,12 @@ std::string name(WriteQueue::Job::State state) {
 WriteQueue::WriteQueue(HistoryStore& history, Worker worker)
     : history_(history), worker_(worker ? std::move(worker) : Worker(runJob)), batch_(newUUID()) {}
 
+WriteQueue::~WriteQueue() {
+    onChanged = nullptr;
+    if (control_ && !RunControl::criticalActive()) control_->cancel();
+    life_.cancel();
+}
+
 void WriteQueue::changed() {
     if (onChanged) onChanged();
 }
@@ -97,10 +110,10 @@ int WriteQueue::skippedCount() const {
     return count(State::skipped);
 }
 
-std::vector<WriteQueue::Job> WriteQueue::failedJobs() const {
-    std::vector<Job> failed;
+std::vector<const WriteQueue::Job*> WriteQueue::failedJobs() const {
+    std::vector<const Job*> failed;
     for (const Job& job : jobs_)
-        if (job.state == State::failed || job.state == State::cancelled) failed.push_back(job);
+        if (job.state == State::failed || job.state == State::cancelled) failed.push_back(&job);
     return failed;
 }
 
@@ -142,12 +155,11 @@ double WriteQueue::speed() const {
 void WriteQueue::add(std::vector<Job> jobs) {
     if (active_) return;
     if (finished_) dismiss();
-    for (Job& job : jobs) {
-        const bool known = std::any_of(jobs_.begin(), jobs_.end(), [&](const Job& other) {
-            return other.state == State::waiting && other.request.file == job.request.file;
-        });
-        if (!known) jobs_.push_back(std::move(job));
-    }
+    std::set<std::filesystem::path> waiting;
+    for (const Job& job : jobs_)
+        if (job.state == State::waiting) waiting.insert(job.request.file);
+    for (Job& job : jobs)
+        if (waiting.insert(job.request.file).second) jobs_.push_back(std::move(job));
     changed();
 }
 
@@ -174,6 +186,7 @@ void WriteQueue::remove(const std::string& id) {
 }
 
 void WriteQueue::dismiss() {
+    if (active_) return;
     std::vector<std::filesystem::path> unfinished;
     for (const Job& job : jobs_)
         if (job.state != State::done && !job.request.isRestore())
@@ -254,39 +267,61 @@ Task<WriteOutcome> WriteQueue::work(std::size_t index) {
     control_ = std::make_shared<RunControl>();
     changed();
     const std::shared_ptr<RunControl> control = control_;
-    const WriteRequest request = jobs_[index].request;
+    const auto request = std::make_shared<const WriteRequest>(jobs_[index].request);
     const StepProgress progress = progressOf(index, jobs_[index].id);
     const Worker worker = worker_;
     std::function<WriteOutcome()> job = [=] {
         try {
-            return worker(request, *control, progress);
+            return worker(*request, *control, progress);
         } catch (const std::exception& failure) {
             return WriteOutcome{.message = failure.what()};
         }
     };
-    auto working = Async::onWorker(std::move(job));
+    auto working = Asking::orCancelled(Async::onWorker(std::move(job)), life_);
     WriteOutcome outcome = co_await working;
     co_return outcome;
 }
 
+namespace {
+
+/// The latest report of a job on its way to the main context: a worker may report for every block,
+/// and only what it said last counts.
+struct LatestReport {
+    std::mutex lock;
+    std::string step;
+    double fraction = 0;
+    bool onItsWay = false;
+};
+
+}  // namespace
+
 StepProgress WriteQueue::progressOf(std::size_t index, std::string id) {
     const std::weak_ptr<WriteQueue*> alive = self_;
-    return [alive, index, id](const std::string& label, double fraction) {
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [alive, index, id, label, fraction] {
-                const auto queue = alive.lock();
-                if (!queue) return;
-                auto& jobs = (*queue)->jobs_;
-                // Never late: a report that arrives when its job has ended is dropped.
-                if (index >= jobs.size() || jobs[index].id != id) return;
-                if (jobs[index].state != State::running) return;
-                jobs[index].fraction = fraction;
-                jobs[index].step = label;
-                (*queue)->changed();
-            },
-            Qt::QueuedConnection);
+    const auto latest = std::make_shared<LatestReport>();
+    return [alive, latest, index, id](const std::string& step, double fraction) {
+        const std::lock_guard guard(latest->lock);
+        latest->step = step;
+        latest->fraction = fraction;
+        if (std::exchange(latest->onItsWay, true)) return;
+        Async::post([alive, latest, index, id] {
+            std::unique_lock reading(latest->lock);
+            const std::string newest = latest->step;
+            const double share = latest->fraction;
+            latest->onItsWay = false;
+            reading.unlock();
+            if (const auto queue = alive.lock()) (*queue)->take(newest, share, index, id);
+        });
     };
+}
+
+void WriteQueue::take(const std::string& step, double fraction, std::size_t index,
+                      const std::string& id) {
+    // Never late: a report that arrives when its job has ended is dropped.
+    if (index >= jobs_.size() || jobs_[index].id != id) return;
+    if (jobs_[index].state != State::running) return;
+    jobs_[index].fraction = fraction;
+    jobs_[index].step = step;
+    changed();
 }
 
 void WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
@@ -298,6 +333,7 @@ void WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
     if (outcome.status != WriteOutcome::Status::cancelled)
         history_.append(entryOf(job, outcome, batch_));
     if (outcome.status == WriteOutcome::Status::stopped) cancelled_ = true;
+    if (job.state == State::done) dropAtoms(job.request);
     changed();
     if (job.state == State::done && !job.request.isRestore() && onDone) onDone(job.request.file);
 }

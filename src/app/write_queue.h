@@ -46,6 +46,8 @@ public:
 
     /// The worker defaults to the choice by mode: TagWriter or a converter.
     explicit WriteQueue(HistoryStore& history, Worker worker = {});
+    /// A job that still runs is told to end, and its outcome is dropped.
+    ~WriteQueue();
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
@@ -58,7 +60,8 @@ public:
     int waitingCount() const;
     int doneCount() const;
     int skippedCount() const;
-    std::vector<Job> failedJobs() const;
+    /// Valid until the list changes.
+    std::vector<const Job*> failedJobs() const;
     const Job* current() const;
     std::vector<std::filesystem::path> outputs() const;
     double totalBytes() const;
@@ -69,6 +72,7 @@ public:
     void add(std::vector<Job> jobs);
     void start();
     void remove(const std::string& id);
+    /// Ignored while a run is on, as every change of the list is.
     void dismiss();
     void clear();
     void retryFailed();
@@ -86,6 +90,7 @@ private:
     Task<WriteOutcome> work(std::size_t index);
     void finish(std::size_t index, WriteOutcome outcome);
     StepProgress progressOf(std::size_t index, std::string id);
+    void take(const std::string& step, double fraction, std::size_t index, const std::string& id);
     int count(Job::State state) const;
     void changed();
 
@@ -99,6 +104,7 @@ private:
     std::chrono::steady_clock::time_point startedAt_ = std::chrono::steady_clock::now();
     std::shared_ptr<RunControl> control_;
     std::string batch_;
+    CancelToken life_;
     /// Reports from a worker reach the queue only while it lives.
     std::shared_ptr<WriteQueue*> self_ = std::make_shared<WriteQueue*>(this);
 };

@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #include "app/history.h"
 #include "foundation/errors.h"
@@ -274,6 +275,74 @@ TEST_F(WriteQueueTest, ARunningJobCountsByItsFractionAndTheSpeedIsZeroAtFirst) {
     worker_.letGo();
     waitForEnd();
     EXPECT_EQ(queue_.doneBytes(), 200.0);
+}
+
+TEST_F(WriteQueueTest, TheListOfARunIsClosedToEveryChange) {
+    worker_.held = "a";
+    addAll({"a", "b"});
+    queue_.start();
+    worker_.waitUntilHeld();
+    queue_.dismiss();
+    queue_.clear();
+    queue_.retryFailed();
+    queue_.start();
+    EXPECT_EQ(queue_.jobs().size(), 2u);
+    worker_.letGo();
+    waitForEnd();
+    EXPECT_EQ(worker_.ran, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST_F(WriteQueueTest, OfAFloodOfReportsOnlyTheLatestIsShown) {
+    int shown = 0;
+    WriteQueue queue(history_, [](const auto&, auto&, const StepProgress& progress) {
+        for (int i = 0; i < 100000; i++) progress("block", i / 100000.0);
+        return WriteOutcome{.status = Status::done};
+    });
+    queue.onChanged = [&] { shown++; };
+    std::vector<WriteQueue::Job> jobs;
+    jobs.push_back(job("a"));
+    queue.add(std::move(jobs));
+    queue.start();
+    // Nothing is taken in while the main context is busy elsewhere.
+    std::this_thread::sleep_for(100ms);
+    while (queue.active()) Async::wait(Async::sleep(1ms));
+    EXPECT_LT(shown, 10000);
+    EXPECT_EQ(queue.jobs()[0].fraction, 1);
+}
+
+TEST_F(WriteQueueTest, WhatWasWrittenIsNotKeptInMemory) {
+    WriteQueue::Job written = job("a");
+    written.request.mode = WriteRequest::WriteDetails{{Atom{}}};
+    WriteQueue::Job failed = job("b");
+    failed.request.mode = WriteRequest::WriteDetails{{Atom{}}};
+    worker_.outcomes = {{"b", Status::failed}};
+    queue_.add({written, failed});
+    run();
+    const auto atoms = [&](int i) {
+        const auto& mode = queue_.jobs()[static_cast<std::size_t>(i)].request.mode;
+        return std::get<WriteRequest::WriteDetails>(mode).atoms.size();
+    };
+    EXPECT_EQ(atoms(0), 0u);
+    EXPECT_EQ(atoms(1), 1u) << "a failed job may be tried again";
+}
+
+TEST_F(WriteQueueTest, AQueueThatGoesDuringARunTellsItsJobToEndAndIsNotTouchedAfterwards) {
+    worker_.held = "a";
+    auto queue = std::make_unique<WriteQueue>(
+        history_, [this](const auto& request, auto& control, const auto& progress) {
+            return worker_(request, control, progress);
+        });
+    std::vector<WriteQueue::Job> jobs;
+    jobs.push_back(job("a"));
+    jobs.push_back(job("b"));
+    queue->add(std::move(jobs));
+    queue->start();
+    worker_.waitUntilHeld();
+    queue.reset();
+    worker_.letGo();
+    EXPECT_TRUE(Async::settle(10s));
+    EXPECT_EQ(worker_.ran, (std::vector<std::string>{"a"}));
+    EXPECT_TRUE(history_.entries().empty());
 }
 
 TEST_F(WriteQueueTest, ARestoreIsMarkedInHistoryAndTellsNobodyThatAFileIsDone) {
