@@ -9,6 +9,10 @@ namespace marlet {
 /// line. Main context only.
 class AnalysisGate {
 public:
+    AnalysisGate() = default;
+    AnalysisGate(const AnalysisGate&) = delete;
+    AnalysisGate& operator=(const AnalysisGate&) = delete;
+
     /// co_await gate.enter();
     auto enter() {
         struct Awaiter {
@@ -24,18 +28,36 @@ public:
         return Awaiter{*this};
     }
     void leave() {
-        if (waiting_.empty()) {
-            free_++;
-            return;
+        free_++;
+        // One who is let in may leave at once, in here: a long line of those is walked, not
+        // nested.
+        if (handingOver_) return;
+        handingOver_ = true;
+        while (free_ > 0 && !waiting_.empty()) {
+            const std::coroutine_handle<> next = waiting_.front();
+            waiting_.pop_front();
+            free_--;
+            next.resume();
         }
-        const std::coroutine_handle<> next = waiting_.front();
-        waiting_.pop_front();
-        next.resume();
+        handingOver_ = false;
     }
     int free() const { return free_; }
 
+    /// Leaves on every way out of whoever has entered.
+    class Place {
+    public:
+        explicit Place(AnalysisGate& gate) : gate_(gate) {}
+        ~Place() { gate_.leave(); }
+        Place(const Place&) = delete;
+        Place& operator=(const Place&) = delete;
+
+    private:
+        AnalysisGate& gate_;
+    };
+
 private:
     int free_ = 2;
+    bool handingOver_ = false;
     std::deque<std::coroutine_handle<>> waiting_;
 };
 

@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "app/analysis_gate.h"
@@ -18,6 +17,7 @@ struct ConvertPlan {
 };
 
 /// Builds and keeps the plans of the files that become a new one. Two are built at a time.
+/// Main context only.
 class PlanStore {
 public:
     using Path = std::filesystem::path;
@@ -26,6 +26,8 @@ public:
         std::function<std::optional<ConvertPlan>(const Path&, const std::string& languages)>;
 
     explicit PlanStore(Builder builder);
+    /// Lets go whoever waits here.
+    ~PlanStore();
     PlanStore(const PlanStore&) = delete;
     PlanStore& operator=(const PlanStore&) = delete;
 
@@ -35,17 +37,30 @@ public:
     /// Ignored for a file that has a plan, is being analysed, or needs none.
     void analyse(const Path& file);
     void stop(const Path& file);
-    /// Ends when the file's analysis has ended.
+    /// Stops all; whoever waits is let go at once.
+    void endAll();
+    /// Ends when the file's analysis has ended or was stopped.
     Task<> finish(Path file);
     void forget(const Path& file);
+    int freePlaces() const { return gate_.free(); }
+
+    /// Told when an analysis has ended.
+    std::function<void()> onChanged;
 
 private:
-    Task<> build(Path file, CancelToken cancel);
+    struct Analysis {
+        CancelToken cancel;
+        Gate ended;
+    };
+    Task<> build(Path file, Analysis analysis);
+    static void tell(const Analysis& analysis);
+    Task<std::optional<ConvertPlan>> planOf(Path file);
 
     Builder builder_;
     AnalysisGate gate_;
     std::map<Path, ConvertPlan> plans_;
-    std::map<Path, CancelToken> tasks_;
+    std::map<Path, Analysis> tasks_;
+    CancelToken life_;
 };
 
 }  // namespace marlet

@@ -1,0 +1,212 @@
+#include "app/plan_store.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+#include "foundation/errors.h"
+#include "foundation/preferences.h"
+#include "support/qt_app.h"
+
+namespace marlet::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Holds every analysis until it is let go.
+class HeldBuilder {
+public:
+    std::optional<ConvertPlan> operator()(const std::string& file) {
+        std::unique_lock lock(mutex_);
+        begun_.push_back(file);
+        changed_.notify_all();
+        changed_.wait(lock, [&] { return open_ || free_ > 0; });
+        if (!open_) free_--;
+        return ConvertPlan{};
+    }
+    void letOneGo() {
+        const std::lock_guard lock(mutex_);
+        free_++;
+        changed_.notify_all();
+    }
+    void letAllGo() {
+        const std::lock_guard lock(mutex_);
+        open_ = true;
+        changed_.notify_all();
+    }
+    std::vector<std::string> begun() {
+        const std::lock_guard lock(mutex_);
+        return begun_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::string> begun_;
+    int free_ = 0;
+    bool open_ = false;
+};
+
+class Plans : public testing::Test {
+protected:
+    Plans() {
+        qtApp();
+        Preferences::install(std::make_unique<MemoryPreferences>());
+        store = std::make_unique<PlanStore>(
+            [held = held](const auto& file, const auto&) { return (*held)(file.string()); });
+    }
+    ~Plans() override {
+        held->letAllGo();
+        store.reset();
+        EXPECT_TRUE(Async::settle(20s));
+    }
+    void untilBegun(std::size_t count) {
+        while (held->begun().size() < count) Async::wait(Async::sleep(1ms));
+    }
+    void finish(const std::string& file) { Async::wait(store->finish(file)); }
+
+    std::shared_ptr<HeldBuilder> held = std::make_shared<HeldBuilder>();
+    std::unique_ptr<PlanStore> store;
+};
+
+TEST_F(Plans, AThirdWaitsAtTheGateUntilOneOfTheFirstTwoEnds) {
+    for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv"}) store->analyse(file);
+    untilBegun(2);
+    EXPECT_EQ(store->freePlaces(), 0);
+    EXPECT_TRUE(store->isLoading("/c.mkv"));
+    held->letOneGo();
+    untilBegun(3);
+    EXPECT_EQ(held->begun().back(), "/c.mkv");
+    held->letAllGo();
+    for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv"}) {
+        finish(file);
+        EXPECT_NE(store->find(file), nullptr);
+    }
+    EXPECT_EQ(store->freePlaces(), 2);
+}
+
+TEST_F(Plans, ACancelWhileWaitingFreesNothingTwice) {
+    for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv", "/d.mkv"}) store->analyse(file);
+    untilBegun(2);
+    store->stop("/c.mkv");
+    store->stop("/c.mkv");
+    EXPECT_EQ(store->freePlaces(), 0);
+    held->letAllGo();
+    for (const char* file : {"/a.mkv", "/b.mkv", "/d.mkv"}) finish(file);
+    EXPECT_EQ(store->freePlaces(), 2);
+    EXPECT_EQ(held->begun().size(), 3u) << "the stopped one was never read";
+    EXPECT_EQ(store->find("/c.mkv"), nullptr);
+}
+
+TEST_F(Plans, AStoppedAnalysisKeepsItsPlaceUntilItsReadingHasEnded) {
+    store->analyse("/a.mkv");
+    store->analyse("/b.mkv");
+    untilBegun(2);
+    store->stop("/a.mkv");
+    store->analyse("/c.mkv");
+    EXPECT_EQ(store->freePlaces(), 0);
+    held->letAllGo();
+    finish("/b.mkv");
+    finish("/c.mkv");
+    EXPECT_EQ(store->find("/a.mkv"), nullptr) << "its plan is nobody's";
+    EXPECT_EQ(store->freePlaces(), 2);
+}
+
+TEST_F(Plans, AFileStoppedAndAnalysedAnewWaitsForItsOwnAnalysis) {
+    store->analyse("/a.mkv");
+    untilBegun(1);
+    store->stop("/a.mkv");
+    store->analyse("/a.mkv");
+    untilBegun(2);
+    held->letOneGo();
+    held->letOneGo();
+    finish("/a.mkv");
+    EXPECT_NE(store->find("/a.mkv"), nullptr);
+    EXPECT_EQ(store->freePlaces(), 2);
+}
+
+TEST_F(Plans, WhoeverWaitsForAnAnalysisIsLetGoWhenItIsStopped) {
+    store->analyse("/a.mkv");
+    auto waiting = store->finish("/a.mkv");
+    store->stop("/a.mkv");
+    Async::wait(std::move(waiting));
+    EXPECT_FALSE(store->isLoading("/a.mkv"));
+}
+
+TEST_F(Plans, ThousandsOfStoppedFilesInLineAreWalkedAndNotNested) {
+    std::vector<std::string> files;
+    for (int i = 0; i < 20000; i++) files.push_back("/" + std::to_string(i) + ".mkv");
+    for (const std::string& file : files) store->analyse(file);
+    untilBegun(2);
+    for (const std::string& file : files) store->stop(file);
+    held->letAllGo();
+    store->analyse("/last.mkv");
+    finish("/last.mkv");
+    EXPECT_NE(store->find("/last.mkv"), nullptr);
+    EXPECT_EQ(held->begun().size(), 3u);
+}
+
+TEST_F(Plans, AStoreThatGoesLetsGoThoseAtWorkAndThoseInLine) {
+    for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv"}) store->analyse(file);
+    untilBegun(2);
+    auto waiting = store->finish("/c.mkv");
+    store.reset();
+    EXPECT_TRUE(waiting.isReady());
+    held->letAllGo();
+    EXPECT_TRUE(Async::settle(20s));
+    EXPECT_EQ(held->begun().size(), 2u);
+}
+
+TEST_F(Plans, OnlyMatroskaFilesHavePlans) {
+    store->analyse("/a.mp4");
+    store->analyse("/a.mov");
+    EXPECT_FALSE(store->isLoading("/a.mp4"));
+    EXPECT_FALSE(store->isLoading("/a.mov"));
+    EXPECT_TRUE(PlanStore::needsPlan("/A.MKV"));
+}
+
+TEST_F(Plans, AFileWithAPlanOrATaskIsNotAnalysedAgainUntilItIsForgotten) {
+    held->letAllGo();
+    store->analyse("/a.mkv");
+    store->analyse("/a.mkv");
+    finish("/a.mkv");
+    store->analyse("/a.mkv");
+    EXPECT_EQ(held->begun().size(), 1u);
+    store->forget("/a.mkv");
+    EXPECT_EQ(store->find("/a.mkv"), nullptr);
+    store->analyse("/a.mkv");
+    finish("/a.mkv");
+    EXPECT_EQ(held->begun().size(), 2u);
+}
+
+TEST_F(Plans, AnAnalysisThatThrowsLeavesNoPlanAndGivesItsPlaceBack) {
+    PlanStore failing(
+        [](const auto&, const auto&) -> std::optional<ConvertPlan> { throw MFError("broken"); });
+    for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv"}) {
+        failing.analyse(file);
+        Async::wait(failing.finish(file));
+        EXPECT_EQ(failing.find(file), nullptr);
+        EXPECT_FALSE(failing.isLoading(file));
+    }
+    EXPECT_EQ(failing.freePlaces(), 2);
+}
+
+TEST_F(Plans, ThePreferredLanguagesAreThoseOfTheSettingAtThatTime) {
+    std::string seen;
+    PlanStore reading([&](const auto&, const std::string& languages) {
+        seen = languages;
+        return std::optional(ConvertPlan{});
+    });
+    reading.analyse("/a.mkv");
+    Async::wait(reading.finish("/a.mkv"));
+    EXPECT_EQ(seen, "English");
+    Preferences::current().setText("keepLanguages", "English, French");
+    reading.analyse("/b.mkv");
+    Async::wait(reading.finish("/b.mkv"));
+    EXPECT_EQ(seen, "English, French");
+}
+
+}  // namespace
+}  // namespace marlet::test
