@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -20,9 +22,11 @@
 
 namespace marlet {
 
-/// What a person typed in the hand form, or the record of an external source.
+/// What a person typed in the hand form.
 struct HandTag {
     MediaKind kind = MediaKind::movie;
+    std::int64_t tmdbID = 0;  ///< whose pictures it takes; 0 when the database has no such title
+    std::optional<std::string> posterPath;
     std::string show;  ///< for tv
     std::optional<int> year;
     std::optional<int> season;
@@ -50,9 +54,14 @@ public:
         WriteQueue::Worker worker;        ///< empty: the real one
         PlanStore::Builder planBuilder;   ///< empty: the real one
         HistoryStore* history = nullptr;  ///< null: the shared one
+        /// In place of the built-in sources.
+        std::map<SourceID, ExternalSource*> externals;
+        std::chrono::milliseconds toastTime{3500};
     };
     AppModel() : AppModel(Parts{}) {}
     explicit AppModel(Parts parts);
+    /// Whatever is under way ends here and touches nothing afterwards.
+    ~AppModel();
     AppModel(const AppModel&) = delete;
     AppModel& operator=(const AppModel&) = delete;
 
@@ -67,10 +76,11 @@ public:
     int needsCheckingCount() const;
     int lockedCount() const;
 
-    /// Files and folders handed over; looks through them on a worker, then scans what is new.
+    /// Files and folders handed over; looks through them on a worker, one hand-over after the
+    /// other, then scans what is new.
     void add(std::vector<Path> urls);
+    /// A scan under way is cancelled and leaves Review as it was.
     void scan(std::vector<Path> urls);
-    void cancelScan();
     bool isConfirmed(const ResolvedFile& file) const { return review_.isConfirmed(file); }
     void confirm(const Path& file);
     /// Whether the Media Library lock forbids writing this file.
@@ -79,6 +89,7 @@ public:
     void removeFromReview(const std::vector<Path>& files);
     /// A person's choice: it needs no further yes. The selection follows the file.
     void replace(const Path& file, ResolvedFile resolved);
+    /// Asks the sources of an item's matches again, past everything saved.
     Task<> refreshFromTMDB(std::string itemID);
     Task<> rematchShow(Path file, std::int64_t showID, int season, int episode);
     Task<> rematchMovie(Path file, std::int64_t movieID);
@@ -89,7 +100,8 @@ public:
     // Drafts and artwork.
     DraftStore& drafts() { return drafts_; }
     const DraftStore& drafts() const { return drafts_; }
-    /// Loads what has a match and no draft, four at a time.
+    /// Loads what has a match and no draft, four at a time; ends when none of the item's files is
+    /// loading any more.
     Task<> loadDrafts(LibraryItem item);
     void pickArtwork(const ArtworkOption& option, const Path& file);
     void setShareSeason(bool on, const std::string& key, const Path& file);
@@ -104,7 +116,7 @@ public:
     HistoryStore& history() { return history_; }
     void addToQueue(std::vector<LibraryItem> items);
     Task<> addToQueueNow(std::vector<LibraryItem> items);
-    bool isAdding() const { return adding_; }
+    bool isAdding() const { return adding_ > 0; }
     void restoreOriginal(const Path& file);
     void restoreBatch(const std::vector<HistoryEntry>& entries);
     const std::map<Path, ResolvedFile>& queuedFiles() const { return queuedFiles_; }
@@ -135,26 +147,49 @@ public:
     std::function<void()> onChanged;
 
 private:
-    Task<> addNow(std::vector<Path> urls, CancelToken cancel);
-    Task<> scanNow(std::vector<Path> urls, CancelToken cancel);
     void setPhase(Phase phase);
     void changed();
-    void forget(const Path& file);
+    Task<> clearToast(int number);
+    std::shared_ptr<Matcher> matcherFor(std::shared_ptr<TMDBClient> tmdb, CancelToken cancel) const;
 
-    Task<> loadDraft(ResolvedFile file, std::shared_ptr<TMDBClient> tmdb);
+    // Scanning.
+    Task<> lookThrough();
+    void take(const std::vector<Path>& found);
+    Task<> scanNow(std::vector<Path> urls, CancelToken cancel);
+    void endPhase();
+
+    // Drafts.
+    Task<> loadAll(std::vector<ResolvedFile> files, std::shared_ptr<TMDBClient> tmdb);
+    Task<> loadDraft(ResolvedFile file, int number, std::shared_ptr<TMDBClient> tmdb);
+
+    // Rematching.
+    Task<> chooseFrom(Path file, Task<Match> fetching);
     void choose(const Path& file, Match match);
-    std::shared_ptr<Matcher> matcherFor(std::shared_ptr<TMDBClient> tmdb) const;
+    Task<std::vector<ResolvedFile>> askAgain(LibraryItem item, std::shared_ptr<TMDBClient> tmdb);
+    void takeRefreshed(const LibraryItem& item, const std::vector<ResolvedFile>& fresh);
+    void forget(const Path& file);
+    void dropGoneSelection();
 
+    // Queueing.
     struct Prepared {
         std::optional<WriteQueue::Job> job;
         std::string reason;  ///< why there is no job
     };
+    struct Ready {
+        std::vector<ResolvedFile> files;
+        std::size_t toLookAt = 0;
+    };
+    Ready readyOf(const std::vector<LibraryItem>& items) const;
+    Task<> addReady(Ready ready, std::shared_ptr<TMDBClient> tmdb);
     Task<Prepared> prepare(ResolvedFile file, std::shared_ptr<TMDBClient> tmdb, bool fixLayout);
+    Task<Prepared> prepareOrTell(ResolvedFile file, std::shared_ptr<TMDBClient> tmdb,
+                                 bool fixLayout);
+    bool isStill(const ResolvedFile& file) const;
     void tellAdded(std::size_t added, const std::vector<std::string>& reasons);
     void moveToQueue(const std::vector<Path>& files);
     void returnToReview(const std::vector<Path>& files);
     void finishQueued(const Path& file);
-    WriteQueue::Job restoreJob(const Path& file, const std::string& name) const;
+    WriteQueue::Job restoreJob(const Path& file, const Details& details) const;
     void queueRestores(std::vector<WriteQueue::Job> jobs);
 
     HistoryStore& history_;
@@ -162,14 +197,19 @@ private:
     ReviewList review_;
     DraftStore drafts_;
     PlanStore plans_;
+    std::map<SourceID, ExternalSource*> externals_;
     std::map<Path, ResolvedFile> queuedFiles_;
     Phase phase_;
+    std::deque<std::vector<Path>> toLookThrough_;
+    bool looking_ = false;
+    bool scanning_ = false;
     CancelToken scanCancel_;
+    std::chrono::milliseconds toastTime_;
     std::optional<std::string> toast_;
     int toastNumber_ = 0;
-    bool adding_ = false;
-    /// Tasks that outlast the model find it gone.
-    std::shared_ptr<AppModel*> self_ = std::make_shared<AppModel*>(this);
+    int adding_ = 0;  ///< queueings under way
+    /// Cancelled when the model goes: every wait in here is a wait on this token, too.
+    CancelToken life_;
 };
 
 }  // namespace marlet

@@ -1,5 +1,7 @@
 #include "app/draft_store.h"
 
+#include <utility>
+
 namespace marlet {
 
 namespace {
@@ -33,7 +35,37 @@ void DraftStore::put(const Path& file, FileDraft draft) {
 
 void DraftStore::forget(const Path& file) {
     drafts_.erase(file);
-    loading_.erase(file);
+    const auto found = loading_.find(file);
+    if (found != loading_.end()) endLoading(file, found->second.number);
+}
+
+int DraftStore::beginLoading(const Path& file) {
+    const int number = ++lastNumber_;
+    loading_.insert_or_assign(file, Loading{number, Gate()});
+    return number;
+}
+
+bool DraftStore::isCurrent(const Path& file, int number) const {
+    const auto found = loading_.find(file);
+    return found != loading_.end() && found->second.number == number;
+}
+
+void DraftStore::endLoading(const Path& file, int number) {
+    if (!isCurrent(file, number)) return;
+    const auto found = loading_.find(file);
+    // Soon and not now: those who wait go on to change the model, in which the caller is at work.
+    Async::post([ended = found->second.ended] { ended.open(); });
+    loading_.erase(found);
+}
+
+void DraftStore::endAll() {
+    for (const auto& [file, loading] : std::exchange(loading_, {})) loading.ended.open();
+}
+
+std::optional<Gate> DraftStore::loadingOf(const Path& file) const {
+    const auto found = loading_.find(file);
+    if (found == loading_.end()) return std::nullopt;
+    return found->second.ended;
 }
 
 void DraftStore::pickArtwork(const ArtworkOption& option, const Path& file) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "foundation/records.h"
+#include "sources/async.h"
 
 namespace marlet {
 
@@ -17,13 +18,22 @@ public:
 
     const FileDraft* find(const Path& file) const;
     FileDraft* find(const Path& file);
-    bool isLoading(const Path& file) const { return loading_.contains(file); }
-    bool anyLoading() const { return !loading_.empty(); }
-    void setLoading(const Path& file) { loading_.insert(file); }
-    void endLoading(const Path& file) { loading_.erase(file); }
     /// A draft that just loaded: it takes its season's artwork first.
     void put(const Path& file, FileDraft draft);
+    /// Also lets go whoever waits for the file's draft.
     void forget(const Path& file);
+
+    bool isLoading(const Path& file) const { return loading_.contains(file); }
+    bool anyLoading() const { return !loading_.empty(); }
+    /// The number tells this loading from a later one of the same file.
+    int beginLoading(const Path& file);
+    bool isCurrent(const Path& file, int number) const;
+    /// Ignored when the loading was forgotten meanwhile.
+    void endLoading(const Path& file, int number);
+    /// Lets go whoever waits, at once.
+    void endAll();
+    /// Opens soon after the loading under way has ended; nothing when there is none.
+    std::optional<Gate> loadingOf(const Path& file) const;
 
     /// Ignored without a draft. While the season shares its artwork, all its drafts follow.
     void pickArtwork(const ArtworkOption& option, const Path& file);
@@ -32,8 +42,14 @@ public:
     bool sharesSeason(const std::string& key) const { return !apart_.contains(key); }
 
 private:
+    struct Loading {
+        int number;
+        Gate ended;
+    };
+
     std::map<Path, FileDraft> drafts_;
-    std::set<Path> loading_;
+    std::map<Path, Loading> loading_;
+    int lastNumber_ = 0;
     std::set<std::string> apart_;                 ///< seasons whose episodes pick one by one
     std::map<std::string, ArtworkOption> picks_;  ///< by season key and "|wide" or "|tall"
 };

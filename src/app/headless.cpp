@@ -29,7 +29,8 @@ void trace(const Options& options, const std::string& text) {
 Task<> runScan(AppModel& model, Options options) {
     trace(options, "adding " + std::to_string(options.scan.size()) + " roots");
     model.add(options.scan);
-    co_await waitForScan(model);
+    auto scanning = waitForScan(model);
+    co_await scanning;
     trace(options, "scan done, " + std::to_string(model.items().size()) + " items");
     if (options.report) writeReport(*options.report, model);
 }
@@ -49,7 +50,8 @@ Task<bool> runIfRequested(AppModel& model, Options options) {
     std::optional<ConsoleProgress> progress;
     if (options.progress || ConsoleProgress::isWanted()) progress.emplace(model);
     if (options.restoreLastBatch) {
-        co_await restoreLastBatch(model);
+        auto restoring = restoreLastBatch(model);
+        co_await restoring;
         co_return true;
     }
     if (!options.tag.empty()) {

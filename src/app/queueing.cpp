@@ -4,8 +4,10 @@
 
 #include "app/app_model.h"
 #include "app/settings.h"
+#include "foundation/errors.h"
 #include "foundation/text.h"
 #include "foundation/work_area.h"
+#include "identify/asking.h"
 #include "identify/scanner.h"
 #include "sources/key_store.h"
 #include "write/tag_builder.h"
@@ -33,32 +35,35 @@ std::string sizeFor(const ArtworkOption& option) {
     return option.isStill ? "original" : "w1280";
 }
 
+/// Nothing when it can't be had: a picture is no reason to go without the details.
+Task<std::optional<Bytes>> picture(std::shared_ptr<TMDBClient> tmdb, std::string path,
+                                   std::string size, CancelToken cancel) {
+    auto fetching = Asking::answer(tmdb->imageData(path, size), cancel, tmdb);
+    std::optional<Bytes> data = co_await fetching;
+    co_return data;
+}
+
 Task<std::optional<CoverImage>> fetchCover(std::shared_ptr<TMDBClient> tmdb,
-                                           std::optional<ArtworkOption> option) {
+                                           std::optional<ArtworkOption> option,
+                                           CancelToken cancel) {
     if (!option || option->path.empty()) co_return std::nullopt;
-    try {
-        auto fetching = tmdb->imageData(option->path, sizeFor(*option));
-        Bytes data = co_await fetching;
-        co_return coverFrom(std::move(data));
-    } catch (const MFError&) {
-        co_return std::nullopt;
-    }
+    auto fetching = picture(tmdb, option->path, sizeFor(*option), cancel);
+    std::optional<Bytes> data = co_await fetching;
+    if (!data) co_return std::nullopt;
+    co_return coverFrom(std::move(*data));
 }
 
 Task<std::optional<std::string>> historyPoster(std::shared_ptr<TMDBClient> tmdb,
-                                               std::optional<std::string> path) {
+                                               std::optional<std::string> path,
+                                               CancelToken cancel) {
     if (!path) co_return std::nullopt;
     const std::string saved = HistoryPosters::pathFor(*path);
     std::error_code none;
     if (fs::exists(saved, none)) co_return saved;
-    try {
-        auto fetching = tmdb->imageData(*path, "w92");
-        const Bytes data = co_await fetching;
-        if (!coverFrom(data)) co_return std::nullopt;
-        co_return HistoryPosters::save(data, *path);
-    } catch (const MFError&) {
-        co_return std::nullopt;
-    }
+    auto fetching = picture(tmdb, *path, "w92", cancel);
+    const std::optional<Bytes> data = co_await fetching;
+    if (!data || !coverFrom(*data)) co_return std::nullopt;
+    co_return HistoryPosters::save(*data, *path);
 }
 
 void describe(Job& job, const Details& details, const ResolvedFile& file) {
@@ -74,9 +79,29 @@ void describe(Job& job, const Details& details, const ResolvedFile& file) {
     job.size = static_cast<std::uint64_t>(std::max<std::int64_t>(file.file.size, 0));
 }
 
-std::string plural(std::size_t count) {
-    return count == 1 ? "" : "s";
+std::string wordsOf(const ConvertPlan& refused) {
+    return refused.refusal->empty() ? "can't be converted" : *refused.refusal;
 }
+
+std::string stillToLookAt(std::size_t count) {
+    return std::to_string(count) + " file" + (count == 1 ? "" : "s") +
+           " still need a look and weren't added.";
+}
+
+/// The list of a run that is on is closed.
+constexpr const char* queueIsRunning = "the queue is running. Add these files when it's finished.";
+
+/// Counts a queueing under way, on every way out.
+class UnderWay {
+public:
+    explicit UnderWay(int& count) : count_(count) { count_++; }
+    ~UnderWay() { count_--; }
+    UnderWay(const UnderWay&) = delete;
+    UnderWay& operator=(const UnderWay&) = delete;
+
+private:
+    int& count_;
+};
 
 }  // namespace
 
@@ -98,48 +123,82 @@ Task<> AppModel::addToQueueNow(std::vector<LibraryItem> items) {
         say("Add your TMDB key in Settings first.");
         co_return;
     }
-    adding_ = true;
+    {
+        const UnderWay adding(adding_);
+        changed();
+        auto working = addReady(readyOf(items), tmdb);
+        co_await working;
+    }
     changed();
+}
 
-    std::size_t toLookAt = 0;
-    std::vector<ResolvedFile> ready;
+AppModel::Ready AppModel::readyOf(const std::vector<LibraryItem>& items) const {
+    Ready ready;
     for (const LibraryItem& item : items)
         for (const ResolvedFile& file : item.files) {
             if (!isConfirmed(file))
-                toLookAt++;
+                ready.toLookAt++;
             else if (file.match && !isLocked(file))
-                ready.push_back(file);
+                ready.files.push_back(file);
         }
-    notice.reset();
-    if (toLookAt > 0)
-        notice = std::to_string(toLookAt) + " file" + plural(toLookAt) +
-                 " still need a look and weren't added.";
+    return ready;
+}
 
+Task<> AppModel::addReady(Ready ready, std::shared_ptr<TMDBClient> tmdb) {
+    notice.reset();
+    if (ready.toLookAt > 0) notice = stillToLookAt(ready.toLookAt);
+    if (ready.files.empty()) co_return;
+    if (queue_.active()) {
+        tellAdded(0, {queueIsRunning});
+        co_return;
+    }
     const bool fixLayout = Settings::fixForAppleTV();
     LibraryItem wanted;
-    wanted.files = ready;
-    auto loading = loadDrafts(wanted);
+    wanted.files = ready.files;
+    auto loading = loadDrafts(std::move(wanted));
     co_await loading;
 
     std::vector<Job> jobs;
-    std::vector<Path> moved;
     std::vector<std::string> reasons;
-    for (const ResolvedFile& file : ready) {
-        auto preparing = prepare(file, tmdb, fixLayout);
+    for (const ResolvedFile& file : ready.files) {
+        auto preparing = prepareOrTell(file, tmdb, fixLayout);
         Prepared prepared = co_await preparing;
-        if (!prepared.job) {
+        // Gone or chosen anew meanwhile: what was prepared is not what the person wants now.
+        if (!isStill(file)) continue;
+        if (prepared.job)
+            jobs.push_back(std::move(*prepared.job));
+        else
             reasons.push_back(prepared.reason);
-            continue;
-        }
-        jobs.push_back(std::move(*prepared.job));
-        moved.push_back(file.file.url);
     }
-    const std::size_t added = jobs.size();
+    std::erase_if(jobs, [&](const Job& job) { return review_.find(job.request.file) == nullptr; });
+    if (queue_.active() && !jobs.empty()) {
+        jobs.clear();
+        reasons.push_back(queueIsRunning);
+    }
+    std::vector<Path> moved;
+    for (const Job& job : jobs) moved.push_back(job.request.file);
     queue_.add(std::move(jobs));
     moveToQueue(moved);
-    tellAdded(added, reasons);
-    adding_ = false;
-    changed();
+    tellAdded(moved.size(), reasons);
+}
+
+bool AppModel::isStill(const ResolvedFile& file) const {
+    const ResolvedFile* now = review_.find(file.file.url);
+    return now != nullptr && now->match == file.match;
+}
+
+Task<AppModel::Prepared> AppModel::prepareOrTell(ResolvedFile file,
+                                                 std::shared_ptr<TMDBClient> tmdb, bool fixLayout) {
+    Prepared prepared;
+    try {
+        auto preparing = prepare(file, tmdb, fixLayout);
+        prepared = co_await preparing;
+    } catch (const CancelError&) {
+        throw;
+    } catch (const std::exception& failure) {
+        prepared.reason = file.file.url.filename().string() + ": " + failure.what();
+    }
+    co_return prepared;
 }
 
 void AppModel::tellAdded(std::size_t added, const std::vector<std::string>& reasons) {
@@ -165,15 +224,18 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     const std::string extension = Scanner::extensionOf(url);
     const bool inPlace = extension == "mp4" || extension == "m4v";
     if (PlanStore::needsPlan(url)) {
+        const CancelToken life = life_;
+        plans_.analyse(url);
         auto planning = plans_.finish(url);
         co_await planning;
+        life.check();
         const ConvertPlan* plan = plans_.find(url);
         if (plan == nullptr) co_return Prepared{{}, fileName + ": this file can't be read"};
-        if (plan->refusal) co_return Prepared{{}, fileName + ": " + *plan->refusal};
+        if (plan->refusal) co_return Prepared{{}, fileName + ": " + wordsOf(*plan)};
     }
 
     const auto option = draft.chosen(Settings::artworkStyle());
-    auto fetching = fetchCover(tmdb, option);
+    auto fetching = fetchCover(tmdb, option, life_);
     const std::optional<CoverImage> cover = co_await fetching;
     const std::vector<Atom> atoms = TagBuilder::atoms(draft.details, cover);
     const Path newFiles = Settings::outputSameFolder() ? url.parent_path() : outputFolder();
@@ -188,7 +250,7 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     else
         job.request.mode = ConvertRequest{url, atoms, newFiles};
     describe(job, draft.details, file);
-    auto savingPoster = historyPoster(tmdb, file.match->posterPath);
+    auto savingPoster = historyPoster(tmdb, file.match->posterPath, life_);
     job.posterPath = co_await savingPoster;
     job.how = inPlace ? "Changed in place" : "New .m4v";
     job.summary = "details and cover art";
@@ -199,7 +261,7 @@ void AppModel::moveToQueue(const std::vector<Path>& files) {
     for (const Path& file : files)
         if (const ResolvedFile* resolved = review_.find(file)) queuedFiles_[file] = *resolved;
     review_.remove({files.begin(), files.end()});
-    if (reviewID && review_.item(*reviewID) == nullptr) reviewID.reset();
+    dropGoneSelection();
     changed();
 }
 

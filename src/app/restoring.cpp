@@ -7,17 +7,53 @@
 
 namespace marlet {
 
-namespace {
 using Job = WriteQueue::Job;
+
+namespace {
+
+Details detailsOf(const Match& match) {
+    Details details;
+    details.kind = match.kind;
+    details.title = match.title;
+    if (match.kind == MediaKind::tv) {
+        details.show = match.title;
+        details.title = match.episodeTitle.value_or("");
+        details.season = match.season;
+        details.episode = match.episode;
+        details.episodeEnd = match.episodeEnd;
+    }
+    return details;
 }
 
-Job AppModel::restoreJob(const Path& file, const std::string& name) const {
+Details detailsOf(const HistoryEntry& entry) {
+    Details details;
+    details.kind = entry.isMovie ? MediaKind::movie : MediaKind::tv;
+    details.title = entry.title;
+    details.show = entry.show.value_or("");
+    details.season = entry.season;
+    details.episode = entry.episode;
+    return details;
+}
+
+bool canBeRestored(const HistoryEntry& entry) {
+    std::error_code none;
+    return entry.result == "done" && !entry.isRestore.value_or(false) &&
+           RestorePoints::exists(entry.path) && std::filesystem::exists(entry.path, none);
+}
+
+}  // namespace
+
+Job AppModel::restoreJob(const Path& file, const Details& details) const {
     Job job;
     job.id = newUUID();
     job.request.file = file;
     job.request.mode = WriteRequest::RestoreOriginal{};
-    job.label = "Restore original details · " + name;
-    job.title = name;
+    job.label = "Restore original details · " + label(details, file);
+    job.title = details.title.empty() ? file.stem().string() : details.title;
+    job.isMovie = details.kind == MediaKind::movie;
+    if (!job.isMovie && !details.show.empty()) job.show = details.show;
+    job.season = details.season;
+    job.episode = details.episode;
     job.how = "In place";
     job.size = FileOps::size(file);
     return job;
@@ -32,17 +68,15 @@ void AppModel::queueRestores(std::vector<Job> jobs) {
 
 void AppModel::restoreOriginal(const Path& file) {
     if (queue_.active()) return;
-    Job job = restoreJob(file, file.stem().string());
-    if (const FileDraft* draft = drafts_.find(file)) {
-        job.label = "Restore original details · " + label(draft->details, file);
-        if (!draft->details.title.empty()) job.title = draft->details.title;
-        job.isMovie = draft->details.kind == MediaKind::movie;
-        if (!job.isMovie) job.show = draft->details.show;
-        job.season = draft->details.season;
-        job.episode = draft->details.episode;
-    }
+    Details details;
+    if (const FileDraft* draft = drafts_.find(file))
+        details = draft->details;
+    else if (const ResolvedFile* known = review_.find(file); known != nullptr && known->match)
+        details = detailsOf(*known->match);
     std::vector<Job> jobs;
-    jobs.push_back(std::move(job));
+    jobs.push_back(restoreJob(file, details));
+    if (const ResolvedFile* known = review_.find(file); known != nullptr && known->match)
+        jobs.back().year = known->match->year;
     queueRestores(std::move(jobs));
 }
 
@@ -51,23 +85,10 @@ void AppModel::restoreBatch(const std::vector<HistoryEntry>& entries) {
     std::set<std::string> seen;
     std::vector<Job> jobs;
     for (const HistoryEntry& entry : entries) {
-        if (entry.result != "done" || entry.isRestore.value_or(false)) continue;
-        if (seen.contains(entry.path)) continue;
-        std::error_code none;
-        if (!RestorePoints::exists(entry.path) || !std::filesystem::exists(entry.path, none))
-            continue;
-        seen.insert(entry.path);
-        Details details;
-        details.kind = entry.isMovie ? MediaKind::movie : MediaKind::tv;
-        details.title = entry.title;
-        details.show = entry.show.value_or("");
-        details.season = entry.season;
-        details.episode = entry.episode;
-        Job job = restoreJob(entry.path, label(details, entry.path));
+        if (!canBeRestored(entry) || !seen.insert(entry.path).second) continue;
+        Job job = restoreJob(entry.path, detailsOf(entry));
         job.title = entry.title;
         job.show = entry.show;
-        job.season = entry.season;
-        job.episode = entry.episode;
         job.isMovie = entry.isMovie;
         job.year = entry.year;
         jobs.push_back(std::move(job));

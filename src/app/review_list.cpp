@@ -1,6 +1,6 @@
 #include "app/review_list.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 #include "identify/matcher.h"
 
@@ -10,34 +10,34 @@ namespace fs = std::filesystem;
 
 std::vector<ResolvedFile> ReviewList::files() const {
     std::vector<ResolvedFile> all;
-    for (const LibraryItem& item : items_)
-        all.insert(all.end(), item.files.begin(), item.files.end());
+    all.reserve(fileCount());
+    forEach([&](const ResolvedFile& file) { all.push_back(file); });
     return all;
 }
 
 const ResolvedFile* ReviewList::find(const fs::path& file) const {
-    for (const LibraryItem& item : items_)
-        for (const ResolvedFile& each : item.files)
-            if (each.file.url == file) return &each;
-    return nullptr;
+    const auto found = places_.find(file.native());
+    if (found == places_.end()) return nullptr;
+    return &items_[found->second.item].files[found->second.file];
 }
 
 const LibraryItem* ReviewList::item(const std::string& id) const {
-    const auto found = std::find_if(items_.begin(), items_.end(),
-                                    [&](const LibraryItem& each) { return each.id == id; });
-    return found == items_.end() ? nullptr : &*found;
+    const auto found = byID_.find(id);
+    return found == byID_.end() ? nullptr : &items_[found->second];
 }
 
 const LibraryItem* ReviewList::itemOf(const fs::path& file) const {
-    for (const LibraryItem& item : items_)
-        for (const ResolvedFile& each : item.files)
-            if (each.file.url == file) return &item;
-    return nullptr;
+    const auto found = places_.find(file.native());
+    return found == places_.end() ? nullptr : &items_[found->second.item];
 }
 
 void ReviewList::add(const std::vector<ResolvedFile>& more) {
     std::vector<ResolvedFile> all = files();
-    all.insert(all.end(), more.begin(), more.end());
+    std::unordered_set<std::string> fresh;
+    for (const ResolvedFile& file : more) {
+        const std::string& location = file.file.url.native();
+        if (!places_.contains(location) && fresh.insert(location).second) all.push_back(file);
+    }
     regroup(all);
 }
 
@@ -47,14 +47,12 @@ void ReviewList::remove(const std::set<fs::path>& gone) {
     regroup(all);
 }
 
-bool ReviewList::replace(const fs::path& file, const ResolvedFile& resolved) {
-    std::vector<ResolvedFile> all = files();
-    const auto found = std::find_if(
-        all.begin(), all.end(), [&](const ResolvedFile& each) { return each.file.url == file; });
-    if (found == all.end()) return false;
-    *found = resolved;
-    regroup(all);
-    return true;
+void ReviewList::replace(const std::vector<ResolvedFile>& changed) {
+    for (const ResolvedFile& file : changed) {
+        const auto found = places_.find(file.file.url.native());
+        if (found != places_.end()) items_[found->second.item].files[found->second.file] = file;
+    }
+    regroup(files());
 }
 
 bool ReviewList::isConfirmed(const ResolvedFile& file) const {
@@ -63,6 +61,13 @@ bool ReviewList::isConfirmed(const ResolvedFile& file) const {
 
 void ReviewList::regroup(const std::vector<ResolvedFile>& all) {
     items_ = Matcher::group(all);
+    places_.clear();
+    byID_.clear();
+    for (std::size_t i = 0; i < items_.size(); i++) {
+        byID_.emplace(items_[i].id, i);
+        for (std::size_t j = 0; j < items_[i].files.size(); j++)
+            places_.emplace(items_[i].files[j].file.url.native(), Place{i, j});
+    }
 }
 
 }  // namespace marlet

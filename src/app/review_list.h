@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "foundation/records.h"
@@ -14,28 +16,44 @@ namespace marlet {
 class ReviewList {
 public:
     const std::vector<LibraryItem>& items() const { return items_; }
-    /// The files of all items in order.
+    /// Copies of the files of all items in order.
     std::vector<ResolvedFile> files() const;
+    std::size_t fileCount() const { return places_.size(); }
+    /// Visits the files of all items in order.
+    template <typename Visit>
+    void forEach(const Visit& visit) const {
+        for (const LibraryItem& item : items_)
+            for (const ResolvedFile& file : item.files) visit(file);
+    }
     const ResolvedFile* find(const std::filesystem::path& file) const;
     const LibraryItem* item(const std::string& id) const;
     const LibraryItem* itemOf(const std::filesystem::path& file) const;
 
+    /// A file that is there already keeps the record it has.
     void add(const std::vector<ResolvedFile>& more);
     void remove(const std::set<std::filesystem::path>& files);
-    /// Swaps one file's record; false when Review doesn't hold it.
-    bool replace(const std::filesystem::path& file, const ResolvedFile& resolved);
+    /// Swaps the records of these files, found by their location; others are passed over.
+    void replace(const std::vector<ResolvedFile>& changed);
 
     void confirm(const std::filesystem::path& file) { confirmed_.insert(file); }
     void forgetConfirmation(const std::filesystem::path& file) { confirmed_.erase(file); }
+    /// Whether the person has accepted it, whatever its verdict.
+    bool isAccepted(const std::filesystem::path& file) const { return confirmed_.contains(file); }
     /// Nothing asks for a look, or the person has accepted it.
     bool isConfirmed(const ResolvedFile& file) const;
     /// Has a match and is confirmed.
     bool isReady(const ResolvedFile& file) const { return file.match && isConfirmed(file); }
 
 private:
+    struct Place {
+        std::size_t item;
+        std::size_t file;
+    };
     void regroup(const std::vector<ResolvedFile>& files);
 
     std::vector<LibraryItem> items_;
+    std::unordered_map<std::string, Place> places_;      ///< by location; follows items_
+    std::unordered_map<std::string, std::size_t> byID_;  ///< follows items_
     std::set<std::filesystem::path> confirmed_;
 };
 

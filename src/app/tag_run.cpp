@@ -1,3 +1,5 @@
+#include <array>
+#include <chrono>
 #include <cstdio>
 
 #include "app/headless.h"
@@ -79,70 +81,104 @@ Task<> loadAllDrafts(AppModel& model) {
     }
 }
 
-void printResults(const AppModel& model, const WriteQueue& queue) {
-    if (model.notice) print("NOTICE " + *model.notice);
+void printResults(const WriteQueue& queue) {
     for (const WriteQueue::Job& job : queue.jobs())
         print(resultLine(name(job.state), job.label, job.outcome.value_or(WriteOutcome{})));
 }
 
-Task<> plans(AppModel& model, bool twice) {
+Task<> makePlans(AppModel& model) {
     const std::vector<ResolvedFile> files = model.allFiles();
-    for (const char* label : {"first", "final"}) {
-        if (!twice && std::string_view(label) == "first") continue;
-        const auto begun = std::chrono::steady_clock::now();
-        for (const ResolvedFile& file : files) {
-            model.plans().analyse(file.file.url);
-            auto finishing = model.plans().finish(file.file.url);
-            co_await finishing;
-        }
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
-        if (twice)
-            print("PLAN progress 100% after " + Text::fixed(took.count(), 1) + " s (" + label +
-                  ")");
+    for (const ResolvedFile& file : files) {
+        model.plans().analyse(file.file.url);
+        auto finishing = model.plans().finish(file.file.url);
+        co_await finishing;
     }
+}
+
+Task<> timePlans(AppModel& model) {
+    static constexpr std::array fetches = {"first", "final"};
+    for (const char* label : fetches) {
+        const auto begun = std::chrono::steady_clock::now();
+        auto making = makePlans(model);
+        co_await making;
+        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
+        print("PLAN progress 100% after " + Text::fixed(took.count(), 1) + " s (" + label + ")");
+    }
+}
+
+/// Adds what is ready and runs the queue, if that gave it anything to do.
+Task<> write(AppModel& model) {
+    auto adding = model.addToQueueNow(model.items());
+    co_await adding;
+    const bool hasJobs = model.queue().waitingCount() > 0;
+    model.queue().start();
+    if (hasJobs) {
+        auto working = waitForQueue(model);
+        co_await working;
+    }
+    if (model.notice)
+        print("NOTICE " + *model.notice);
+    else if (!hasJobs && model.toast())
+        print("NOTICE " + *model.toast());
+    printResults(model.queue());
+}
+
+Task<> restoreOriginals(AppModel& model, std::vector<std::filesystem::path> files) {
+    for (const std::filesystem::path& file : files) {
+        model.restoreOriginal(file);
+        auto working = waitForQueue(model);
+        co_await working;
+        printResults(model.queue());
+    }
+}
+
+Task<> addAgain(AppModel& model, std::vector<std::filesystem::path> files) {
+    model.add(files);
+    auto scanning = waitForScan(model);
+    co_await scanning;
+    print("AFTER ADD: review " + std::to_string(model.fileCount()));
+    model.add(files);
+    auto scanningAgain = waitForScan(model);
+    co_await scanningAgain;
+    print("AFTER ADD AGAIN: review " + std::to_string(model.fileCount()) +
+          " file(s), queue waiting " + std::to_string(model.queue().waitingCount()));
 }
 
 }  // namespace
 
 Task<> runTagTest(AppModel& model, Options options) {
     model.add(options.tag);
-    co_await waitForScan(model);
+    auto scanning = waitForScan(model);
+    co_await scanning;
     applyConfirmations(model, options);
-    if (options.planTest || options.planOnly) co_await plans(model, options.planTest);
-    if (options.planOnly) co_return;
+    if (options.planTest) {
+        auto planning = timePlans(model);
+        co_await planning;
+    }
+    if (options.planOnly) {
+        auto planning = makePlans(model);
+        co_await planning;
+        co_return;
+    }
     if (options.artReport) {
-        co_await loadAllDrafts(model);
+        auto loading = loadAllDrafts(model);
+        co_await loading;
         printArt(model);
     }
     printMatches(model);
     if (options.matchOnly) co_return;
 
-    const std::vector<std::filesystem::path> files = options.tag;
-    auto adding = model.addToQueueNow(model.items());
-    co_await adding;
-    const bool hasJobs = model.queue().waitingCount() > 0;
-    model.queue().start();
-    if (hasJobs) co_await waitForQueue(model);
-    printResults(model, model.queue());
-    if (!hasJobs && !model.notice && model.toast()) print("NOTICE " + *model.toast());
-
-    if (options.restoreOriginal && hasJobs) {
-        std::vector<std::filesystem::path> written;
-        for (const WriteQueue::Job& job : model.queue().jobs()) written.push_back(job.request.file);
-        for (const std::filesystem::path& file : written) {
-            model.restoreOriginal(file);
-            co_await waitForQueue(model);
-            printResults(model, model.queue());
-        }
+    std::vector<std::filesystem::path> files;
+    for (const ResolvedFile& file : model.allFiles()) files.push_back(file.file.url);
+    auto writing = write(model);
+    co_await writing;
+    if (options.restoreOriginal) {
+        auto restoring = restoreOriginals(model, files);
+        co_await restoring;
     }
     if (options.roundtrip) {
-        model.add(files);
-        co_await waitForScan(model);
-        print("AFTER ADD: review " + std::to_string(model.fileCount()));
-        model.add(files);
-        co_await waitForScan(model);
-        print("AFTER ADD AGAIN: review " + std::to_string(model.fileCount()) +
-              " file(s), queue waiting " + std::to_string(model.queue().waitingCount()));
+        auto adding = addAgain(model, options.tag);
+        co_await adding;
     }
 }
 
@@ -166,7 +202,8 @@ Task<> restoreLastBatch(AppModel& model) {
         print("NOTICE " + model.notice.value_or(""));
         co_return;
     }
-    co_await waitForQueue(model);
+    auto working = waitForQueue(model);
+    co_await working;
     for (const WriteQueue::Job& job : model.queue().jobs())
         print("RESTORE " + name(job.state) + ": " + job.label + " | " +
               (job.outcome ? job.outcome->message : ""));

@@ -87,7 +87,46 @@ TEST(Review, GroupingIsAlwaysOfTheWholeList) {
     EXPECT_EQ(list.items()[0].files[0].file.url, "/a.mp4");
     list.remove({"/a.mp4"});
     EXPECT_EQ(list.items().size(), 1u);
-    EXPECT_FALSE(list.replace("/a.mp4", film("/a.mp4", true, true)));
+    list.replace({film("/a.mp4", true, true)});
+    EXPECT_EQ(list.find("/a.mp4"), nullptr) << "a file that is not in Review is passed over";
+}
+
+TEST(Review, AFileThatIsThereAlreadyKeepsItsRecord) {
+    ReviewList list;
+    list.add({film("/a.mp4", true, true)});
+    list.add(
+        {film("/a.mp4", false, false), film("/b.mp4", true, true), film("/b.mp4", true, true)});
+    EXPECT_EQ(list.fileCount(), 2u);
+    EXPECT_TRUE(list.find("/a.mp4")->match);
+}
+
+TEST(Review, FilesAndRowsAreFoundByTheirNamesAfterEveryChange) {
+    ReviewList list;
+    std::vector<ResolvedFile> many;
+    for (int i = 0; i < 50; i++) many.push_back(film("/" + std::to_string(i) + ".mp4", true, true));
+    list.add(many);
+    list.remove({"/7.mp4", "/49.mp4"});
+    int seen = 0;
+    list.forEach([&](const ResolvedFile& file) {
+        seen++;
+        EXPECT_EQ(list.find(file.file.url), &file);
+        EXPECT_EQ(list.item(list.itemOf(file.file.url)->id), list.itemOf(file.file.url));
+    });
+    EXPECT_EQ(seen, 48);
+    EXPECT_EQ(list.find("/7.mp4"), nullptr);
+    EXPECT_EQ(list.itemOf("/49.mp4"), nullptr);
+    EXPECT_EQ(list.item("none"), nullptr);
+}
+
+TEST(Drafts, ALoadingThatWasForgottenEndsNoLaterOneOfTheSameFile) {
+    DraftStore drafts;
+    const int first = drafts.beginLoading("/1.mp4");
+    drafts.forget("/1.mp4");
+    const int second = drafts.beginLoading("/1.mp4");
+    drafts.endLoading("/1.mp4", first);
+    EXPECT_TRUE(drafts.isCurrent("/1.mp4", second));
+    drafts.endLoading("/1.mp4", second);
+    EXPECT_FALSE(drafts.anyLoading());
 }
 
 }  // namespace
