@@ -32,6 +32,9 @@ Task<> runScan(AppModel& model, Options options) {
     auto scanning = waitForScan(model);
     co_await scanning;
     trace(options, "scan done, " + std::to_string(model.items().size()) + " items");
+    // Nothing found is no failure, but whoever mistyped a path should read it.
+    if (model.fileCount() == 0 && model.toast())
+        std::fputs((*model.toast() + "\n").c_str(), stderr);
     if (options.report) writeReport(*options.report, model);
 }
 

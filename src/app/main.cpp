@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/app_model.h"
+#include "app/console_progress.h"
 #include "app/headless.h"
 #include "app/quit_gate.h"
 #include "app/settings.h"
@@ -42,6 +43,11 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
         std::fprintf(stderr, "marlet: %s\n", failure.what());
     }
     if (end) gate.requestQuit();
+    if (!RunMode::automated() && ConsoleProgress::isWanted())
+        std::fputs(
+            "Marlet has no window yet. Try: marlet --scan FOLDER --report FILE --quit\n"
+            "Ctrl+C ends it.\n",
+            stderr);
 }
 
 }  // namespace

@@ -60,6 +60,12 @@ TEST_F(CommandLine, ANameWithTabsAndLineFeedsStaysOneLineOfNineFields) {
     EXPECT_EQ(std::count(lines[0].begin(), lines[0].end(), '\t'), 8);
 }
 
+TEST_F(CommandLine, AScanThatFindsNothingSaysSoOnStandardError) {
+    const auto result = run_.marlet({"--scan", run_.library() / "not there", "--quit"});
+    EXPECT_EQ(result.errors, "No movies or episodes found there.\n");
+    EXPECT_EQ(result.status, 0);
+}
+
 TEST_F(CommandLine, EmptyAndTruncatedAndMadeUpFilesAreReportedAndNothingCrashes) {
     writeFile(run_.library() / "empty.mp4", {});
     writeFile(run_.library() / "noise.m4v",
