@@ -49,6 +49,7 @@ HistoryStore::HistoryStore() {
 void HistoryStore::load() {
     stamp_ = stamp();
     entries_.clear();
+    encoded_.clear();
     damaged_ = false;
     if (!stamp_) return;
     const std::optional<Bytes> text = FileOps::readSmall(Paths::historyFile(), maxFileSize);
@@ -77,6 +78,8 @@ void HistoryStore::takeInWhatOthersWrote() {
 
 void HistoryStore::append(HistoryEntry entry) {
     takeInWhatOthersWrote();
+    if (encoded_.size() == entries_.size())
+        encoded_.insert(encoded_.begin(), HistoryJson::encode(entry));
     entries_.insert(entries_.begin(), std::move(entry));
     save();
     if (onChanged) onChanged();
@@ -84,8 +87,14 @@ void HistoryStore::append(HistoryEntry entry) {
 
 void HistoryStore::clear() {
     entries_.clear();
+    encoded_.clear();
     save();
     if (onChanged) onChanged();
+}
+
+void HistoryStore::encodeAll() {
+    encoded_.clear();
+    for (const HistoryEntry& entry : entries_) encoded_.push_back(HistoryJson::encode(entry));
 }
 
 void HistoryStore::save() {
@@ -94,7 +103,8 @@ void HistoryStore::save() {
         Durable::makeFolders(Paths::documentsDir());
         if (damaged_) Durable::rename(file, asideName(file));
         damaged_ = false;
-        Durable::writeFile(file, viewOf(HistoryJson::encode(entries_)));
+        if (encoded_.size() != entries_.size()) encodeAll();
+        Durable::writeFile(file, viewOf(HistoryJson::array(encoded_)));
     } catch (const MFError&) {
         // History never fails a job; what is in memory is written again at the next append.
     }

@@ -57,10 +57,14 @@ private:
 
     void load();
     void save();
+    void encodeAll();
     /// Another running copy of the program may have appended since we last read or wrote.
     void takeInWhatOthersWrote();
 
     std::vector<HistoryEntry> entries_;
+    /// The entries as JSON, for as many as were encoded; emptied when entries_ changes otherwise
+    /// than by an append, which encodes one entry and not thousands.
+    std::vector<std::string> encoded_;
     bool damaged_ = false;                ///< the file exists but could not be read
     std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
 };

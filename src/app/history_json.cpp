@@ -96,10 +96,12 @@ HistoryEntry decodeEntry(const Json& json) {
 
 }  // namespace
 
-std::string encode(const std::vector<HistoryEntry>& entries) {
-    Json json = Json::array();
-    for (const HistoryEntry& entry : entries) json.push_back(encodeEntry(entry));
-    return json.dump(2);
+std::string encode(const HistoryEntry& entry) {
+    return encodeEntry(entry).dump(2);
+}
+
+std::string array(const std::vector<std::string>& encoded) {
+    return "[\n" + Text::join(encoded, ",\n") + "\n]";
 }
 
 std::optional<std::vector<HistoryEntry>> decode(ByteView text) {
