@@ -50,6 +50,21 @@ TEST(QuitGateDeathTest, QuittingDuringACriticalSectionWaitsAndThenTheProgramEnds
     EXPECT_EXIT(quitWhileAFileIsChanged(), testing::ExitedWithCode(0), "the file is complete");
 }
 
+void closeTheTerminal() {
+    qtApp();
+    QuitGate gate;
+    std::raise(SIGPIPE);
+    std::fputs("a reader that leaves ends nothing", stderr);
+    std::raise(SIGHUP);
+    QCoreApplication::exec();
+}
+
+TEST(QuitGateDeathTest, AClosedTerminalIsAWishToEndAndAReaderThatLeavesIsNone) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(closeTheTerminal(), testing::ExitedWithCode(0),
+                "a reader that leaves ends nothing");
+}
+
 TEST(QuitGateDeathTest, AJobOutsideItsCriticalSectionIsAbandonedAtOnce) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(quitWithAJobOutsideItsCriticalSection(), testing::ExitedWithCode(0), "");
