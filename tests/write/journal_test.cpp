@@ -24,7 +24,7 @@ protected:
     }
     OwnHome home_;
     TempFolder folder_;
-    WriteJournal journal_{"/films/Film.mp4", "/work/ID/candidate.mp4", 5'000'000'000};
+    WriteJournal journal_{"/films/Film.mp4", "/jobs/ID/candidate.mp4", 5'000'000'000};
 };
 
 TEST_F(Journal, ReadsBackAsItWasSaved) {
@@ -36,7 +36,7 @@ TEST_F(Journal, IsAnObjectOfThreeKeys) {
     journal_.save();
     const auto json = nlohmann::json::parse(textOf(readFile(Paths::journalFile())));
     EXPECT_EQ(json, (nlohmann::json{{"file", "/films/Film.mp4"},
-                                    {"temp", "/work/ID/candidate.mp4"},
+                                    {"temp", "/jobs/ID/candidate.mp4"},
                                     {"size", 5'000'000'000}}));
 }
 
@@ -56,7 +56,7 @@ TEST_F(Journal, ARemovalThatFailsIsTold) {
 
 TEST_F(Journal, KeepsPathsThatAreNoText) {
     journal_.file = std::string("/films/\xFF\xFEtab\tline\n.mp4");
-    journal_.temp = std::string("/work/ID/\xFF\xFEtab\tline\n.mp4");
+    journal_.temp = std::string("/jobs/ID/\xFF\xFEtab\tline\n.mp4");
     journal_.save();
     EXPECT_EQ(WriteJournal::load(), journal_);
 }
