@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "app/app_model.h"
-#include "app/external_match.h"
 #include "foundation/errors.h"
 #include "foundation/title_match.h"
 #include "identify/asking.h"
+#include "identify/external_match.h"
 #include "identify/lengths.h"
 #include "sources/key_store.h"
 

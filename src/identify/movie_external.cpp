@@ -3,6 +3,7 @@
 #include "foundation/title_match.h"
 #include "identify/asking.h"
 #include "identify/catalogue_words.h"
+#include "identify/external_match.h"
 #include "identify/lengths.h"
 #include "identify/matcher.h"
 #include "identify/movie_judging.h"
@@ -24,39 +25,6 @@ std::vector<ExtMovie> namesakes(std::vector<ExtMovie> films, const Wanted& wante
         return MovieJudging::closeYears(wanted.year, film.year);
     });
     return films;
-}
-
-std::optional<std::string> pictureOf(const ExtMovie& film) {
-    std::optional<std::string> picture = film.tall.empty() ? film.poster : film.tall.front();
-    if (picture) picture = Matcher::thumbnail(*picture);
-    return picture;
-}
-
-ManualDetails detailsOf(const ExtMovie& film, SourceID source) {
-    ManualDetails details;
-    details.title = film.title;
-    details.description = film.overview;
-    details.releaseDate = film.date;
-    details.cast = film.cast;
-    details.directors = film.directors;
-    details.source = source;
-    details.genre = film.genre;
-    details.rating = film.rating;
-    details.wide = film.wide;
-    details.tall = film.tall;
-    return details;
-}
-
-Match matchOf(const ExtMovie& film, SourceID source) {
-    Match match;
-    match.tmdbID = film.pseudoID();
-    match.kind = MediaKind::movie;
-    match.title = film.title;
-    match.year = film.year;
-    match.runtimeMinutes = film.minutes;
-    match.posterPath = pictureOf(film);
-    match.manual = detailsOf(film, source);
-    return match;
 }
 
 /// The verdict on a film taken; nothing when it isn't.
@@ -83,8 +51,8 @@ Task<ResolvedFile> fromExternal(ExternalSource* source, ScannedFile file, Guess 
         const auto filled = co_await filling;
         const ExtMovie& film = filled ? *filled : films[i];
         if (const auto verdict = judge(film, wanted)) {
-            co_return ResolvedFile{std::move(file), std::move(guess), matchOf(film, id), *verdict,
-                                   false};
+            co_return ResolvedFile{std::move(file), std::move(guess),
+                                   ExternalMatch::ofFilm(film, id), *verdict, false};
         }
     }
     const std::string reason =

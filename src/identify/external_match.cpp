@@ -1,4 +1,4 @@
-#include "app/external_match.h"
+#include "identify/external_match.h"
 
 #include "identify/matcher.h"
 
