@@ -8,6 +8,7 @@
 #include "identify/asking.h"
 #include "identify/external_match.h"
 #include "identify/lengths.h"
+#include "identify/movie_resolver.h"
 #include "sources/key_store.h"
 
 namespace marlet {
@@ -44,14 +45,7 @@ Task<Match> movieMatch(std::shared_ptr<TMDBClient> tmdb, std::int64_t movieID) {
     if (!tmdb) throw TMDBError::noKey();
     auto fetching = tmdb->movie(movieID);
     const TMDBMovie movie = co_await fetching;
-    Match match;
-    match.tmdbID = movie.id;
-    match.kind = MediaKind::movie;
-    match.title = movie.title;
-    match.year = movie.year();
-    match.runtimeMinutes = movie.runtime;
-    match.posterPath = movie.poster_path;
-    co_return match;
+    co_return MovieResolver::matchOf(movie);
 }
 
 Task<Match> sourceEpisode(ExternalSource* via, ExtShow show, int season, int episode) {

@@ -17,5 +17,8 @@ Task<ResolvedFile> fromTMDB(std::shared_ptr<TMDBClient> tmdb, ScannedFile file, 
 Task<ResolvedFile> fromExternal(ExternalSource* source, ScannedFile file, Guess guess,
                                 CancelToken cancel);
 
+/// The match that a film of TMDB makes, without a cut. Pure.
+Match matchOf(const TMDBMovie& movie);
+
 }  // namespace MovieResolver
 }  // namespace marlet

@@ -120,17 +120,6 @@ Task<> tryShorterTitles(InquiryPtr inquiry) {
     }
 }
 
-Match matchOf(const TMDBMovie& movie) {
-    Match match;
-    match.tmdbID = movie.id;
-    match.kind = MediaKind::movie;
-    match.title = movie.title;
-    match.year = movie.year();
-    match.runtimeMinutes = movie.runtime;
-    match.posterPath = movie.poster_path;
-    return match;
-}
-
 ResolvedFile chosen(const Inquiry& inquiry, ScannedFile file, Guess guess) {
     const auto pick = MovieJudging::pick(inquiry.candidates, inquiry.wanted);
     const Candidate& best = inquiry.candidates[pick.index];
@@ -147,6 +136,17 @@ ResolvedFile chosen(const Inquiry& inquiry, ScannedFile file, Guess guess) {
 }
 
 }  // namespace
+
+Match matchOf(const TMDBMovie& movie) {
+    Match match;
+    match.tmdbID = movie.id;
+    match.kind = MediaKind::movie;
+    match.title = movie.title;
+    match.year = movie.year();
+    match.runtimeMinutes = movie.runtime;
+    match.posterPath = movie.poster_path;
+    return match;
+}
 
 Task<ResolvedFile> fromTMDB(std::shared_ptr<TMDBClient> tmdb, ScannedFile file, Guess guess,
                             CancelToken cancel) {
