@@ -41,10 +41,23 @@ struct Confinement {
 /// Beside `MP4Box`, whether it exists or not; nothing without `MP4Box`.
 std::optional<std::filesystem::path> gpac();
 
-/// Runs a tool to its end on the calling thread and gives the tail of its output (both streams, at
-/// most 2,000 characters). Pause and cancel of the job act on the tool within 0.2 s. Progress comes
-/// from marks like "(37/100)", on another thread. Throws MFError "NAME failed (exit N): ..." with
-/// the last 400 characters, CancelError, or the system's failure to launch.
+/// How a tool ended.
+struct Ended {
+    int status = 0;    ///< the exit status, or the number of the signal that ended it
+    std::string tail;  ///< the end of its output (both streams), at most 2,000 characters
+
+    bool operator==(const Ended&) const = default;
+};
+
+/// Runs a tool to its end on the calling thread, whatever its status. Pause and cancel of the job
+/// act on the tool within 0.2 s. Progress comes from marks like "(37/100)", on another thread, and
+/// must not throw. The tool dies with this process. Throws CancelError, or std::system_error, the
+/// system's failure to launch.
+Ended runToEnd(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
+               const Confinement& confinement, RunControl& control, const Progress& progress = {});
+
+/// The same for a tool that must succeed: gives the tail. Any other status than 0 throws MFError
+/// "NAME failed (exit N): " with the last 400 characters of the tail, without colours.
 std::string run(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
                 const Confinement& confinement, RunControl& control, const Progress& progress = {});
 
