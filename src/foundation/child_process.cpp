@@ -4,9 +4,9 @@
 #include <linux/close_range.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -201,7 +201,8 @@ void ChildProcess::launch(const fs::path& program, const std::vector<std::string
     errors.writeEnd.close();
     if (const int error = launchError(errors.readEnd.get()); error != 0) failWithSystemError(error);
     output_ = std::move(output.readEnd);
-    end_ = FileHandle(::pidfd_open(pid_, 0));  // none on an old kernel: waiting is coarser then
+    // None on an old kernel, where waiting is coarser.
+    end_ = FileHandle(static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0)));
 }
 
 ChildProcess::~ChildProcess() {
