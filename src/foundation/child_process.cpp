@@ -113,6 +113,7 @@ struct Launch {
     int output;
     int errorPipe;
     pid_t parent;
+    const ToolSandbox& sandbox;
 };
 
 // --- In the child, between fork and exec. Other threads' locks stay locked here for ever, so only
@@ -148,7 +149,7 @@ int setUp(const Launch& launch) {
     const rlimit none{0, 0};
     if (::setrlimit(RLIMIT_CORE, &none) != 0) return errno;
     resetSignals();
-    return 0;
+    return launch.sandbox.enter();
 }
 
 [[noreturn]] void becomeProgram(const Launch& launch) {
@@ -175,23 +176,30 @@ int launchError(int errorPipe) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const fs::path& program, const std::vector<std::string>& arguments) {
+ChildProcess::ChildProcess(const fs::path& program, const std::vector<std::string>& arguments,
+                           const ToolSandbox& sandbox) {
     try {
-        launch(program, arguments);
+        launch(program, arguments, sandbox);
     } catch (...) {
         reap();
         throw;
     }
 }
 
-void ChildProcess::launch(const fs::path& program, const std::vector<std::string>& arguments) {
+void ChildProcess::launch(const fs::path& program, const std::vector<std::string>& arguments,
+                          const ToolSandbox& sandbox) {
     Pipe output = makePipe();
     Pipe errors = makePipe();
     if (::fcntl(output.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) failWithSystemError(errno);
     const PointerList commands = commandLine(program, arguments);
     const PointerList environment = environmentForTools();
-    const Launch launch{program.c_str(),       commands.get(),        environment.get(),
-                        output.writeEnd.get(), errors.writeEnd.get(), ::getpid()};
+    const Launch launch{program.c_str(),
+                        commands.get(),
+                        environment.get(),
+                        output.writeEnd.get(),
+                        errors.writeEnd.get(),
+                        ::getpid(),
+                        sandbox};
     {
         const AllSignalsBlocked blocked;
         pid_ = ::fork();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/syscalls.h"
+#include "foundation/tool_sandbox.h"
 
 namespace marlet {
 
@@ -17,9 +18,10 @@ namespace marlet {
 /// outlive it (the kernel ties a child to the thread that made it).
 class ChildProcess {
 public:
-    /// Returns once the program runs. Throws std::system_error with the system's error when it
-    /// can't be started.
-    ChildProcess(const std::filesystem::path& program, const std::vector<std::string>& arguments);
+    /// Returns once the program runs in its sandbox. Throws std::system_error with the system's
+    /// error when it can't be started.
+    ChildProcess(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                 const ToolSandbox& sandbox);
     /// Kills what still runs, and reaps it.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
@@ -39,7 +41,8 @@ public:
     int status() const { return status_; }
 
 private:
-    void launch(const std::filesystem::path& program, const std::vector<std::string>& arguments);
+    void launch(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                const ToolSandbox& sandbox);
     void reap();
 
     FileHandle output_;

@@ -17,6 +17,7 @@
 #include "foundation/text.h"
 #include "foundation/tool_log.h"
 #include "foundation/tool_output.h"
+#include "foundation/tool_sandbox.h"
 
 namespace marlet::ToolRunner {
 
@@ -106,10 +107,10 @@ std::optional<std::filesystem::path> gpac() {
 }
 
 Ended runToEnd(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
-               const Confinement&, RunControl& control, const Progress& progress) {
+               const Confinement& confinement, RunControl& control, const Progress& progress) {
     ToolLog::noteOnce(tool);
     ToolOutput output(progress);
-    ChildProcess child(tool, arguments);
+    ChildProcess child(tool, arguments, ToolSandbox(tool, confinement));
     OutputReader reader(child.output(), output);
     PauseFollower pause;
     do {
