@@ -215,6 +215,28 @@ MovieTrack evenTrack(std::string_view handler, std::uint32_t samples, std::uint3
     return track;
 }
 
+MovieTrack textTrack(const std::vector<std::string>& texts, std::uint32_t duration) {
+    MovieTrack track;
+    track.handler = "text";
+    track.codec = "tx3g";
+    for (const std::string& text : texts) {
+        track.samples.push_back(
+            joined({be16(static_cast<std::uint16_t>(text.size())), bytesOf(text)}));
+        track.sizes.push_back(static_cast<std::uint32_t>(text.size() + 2));
+        track.durations.push_back(duration);
+    }
+    return track;
+}
+
+Bytes chplBox(const std::vector<std::pair<std::uint64_t, std::string>>& chapters) {
+    Bytes content = joined({be32(0), {static_cast<std::uint8_t>(chapters.size())}});
+    for (const auto& [ms, title] : chapters)
+        append(
+            content,
+            joined({be64(ms * 10'000), {static_cast<std::uint8_t>(title.size())}, bytesOf(title)}));
+    return fullBox("chpl", 1, 0, content);
+}
+
 Bytes sampleBytes(std::uint32_t trackID, std::uint32_t number, std::uint32_t size) {
     Bytes bytes(size);
     std::uint32_t state = trackID * 2654435761U ^ number * 40503U;
@@ -243,8 +265,10 @@ void addChunk(const Movie& movie, std::size_t trackIndex, std::size_t chunk, Med
     const std::size_t first = chunk * track.samplesPerChunk;
     const std::size_t end = std::min(first + track.samplesPerChunk, track.sizes.size());
     for (std::size_t i = first; i < end; i++)
-        append(media.bytes, sampleBytes(static_cast<std::uint32_t>(trackIndex + 1),
-                                        static_cast<std::uint32_t>(i), track.sizes[i]));
+        append(media.bytes, !track.samples.empty()
+                                ? track.samples[i]
+                                : sampleBytes(static_cast<std::uint32_t>(trackIndex + 1),
+                                              static_cast<std::uint32_t>(i), track.sizes[i]));
 }
 
 Media layOut(const Movie& movie) {
@@ -294,10 +318,12 @@ Bytes trakBox(const MovieTrack& track, std::uint32_t id, const Bytes& offsets) {
     const std::uint32_t duration = sumOf(track.durations);
     Bytes content = tkhdBox(id, track.flags, track.altGroup);
     if (!track.edits.empty()) append(content, box("edts", {elstBox(track.edits)}));
-    append(content, mdiaBox(track.handler, track.timescale, duration,
-                            {stsdBox(track.codec), sttsBox(runsOf(track.durations)),
-                             stscBox(chunkRows(track)), stszBox(track.sizes), offsets},
-                            track.language));
+    append(content, joined(track.boxes));
+    append(content,
+           mdiaBox(track.handler, track.timescale, duration,
+                   {stsdBox(track.codec), sttsBox(runsOf(track.durations)),
+                    stscBox(chunkRows(track)), stszBox(track.sizes), offsets, joined(track.tables)},
+                   track.language));
     return box("trak", content);
 }
 
@@ -309,7 +335,11 @@ Bytes moovBox(const Movie& movie, const Media& media, std::uint64_t base) {
     for (std::size_t t = 0; t < movie.tracks.size(); t++)
         append(content, trakBox(movie.tracks[t], static_cast<std::uint32_t>(t + 1),
                                 offsetsBox(media.chunkOffsets[t], base, movie.wideOffsets)));
-    if (movie.hasTagBlock) append(content, udtaBox(movie.tags, movie.tagRoom));
+    if (movie.hasTagBlock) {
+        Bytes userData = udtaBox(movie.tags, movie.tagRoom);
+        userData.erase(userData.begin(), userData.begin() + 8);
+        append(content, box("udta", {userData, joined(movie.userData)}));
+    }
     return box("moov", content);
 }
 

@@ -80,7 +80,15 @@ struct MovieTrack {
     std::vector<std::uint32_t> durations;  ///< time units, one a sample
     std::uint32_t samplesPerChunk = 1;
     std::vector<EditRow> edits;
+    std::vector<Bytes> samples = {};  ///< what the samples hold; empty: see sampleBytes
+    std::vector<Bytes> tables = {};   ///< more children of `stbl`: ctts, stss, ...
+    std::vector<Bytes> boxes = {};    ///< more children of `trak`, behind `tkhd`: tref, ...
 };
+
+/// A track of text, a sample each: a length of 16 bits and the UTF-8 of it.
+MovieTrack textTrack(const std::vector<std::string>& texts, std::uint32_t duration);
+/// `chpl` with chapters at these milliseconds.
+Bytes chplBox(const std::vector<std::pair<std::uint64_t, std::string>>& chapters);
 
 /// A track of equal samples.
 MovieTrack evenTrack(std::string_view handler, std::uint32_t samples, std::uint32_t size,
@@ -92,10 +100,11 @@ struct Movie {
     enum class Layout { Interleaved, TrackByTrack };
 
     std::vector<MovieTrack> tracks;
-    std::vector<Bytes> tags;    ///< items of the tag block
-    bool hasTagBlock = true;    ///< false: no udta at all
-    std::uint32_t tagRoom = 0;  ///< size of a `free` box inside meta, behind ilst
-    std::uint32_t padding = 0;  ///< size of a `free` box behind moov, 0 for none
+    std::vector<Bytes> tags;           ///< items of the tag block
+    bool hasTagBlock = true;           ///< false: no udta at all
+    std::vector<Bytes> userData = {};  ///< more children of `udta`: chpl, ...
+    std::uint32_t tagRoom = 0;         ///< size of a `free` box inside meta, behind ilst
+    std::uint32_t padding = 0;         ///< size of a `free` box behind moov, 0 for none
     Index index = Index::First;
     Layout layout = Layout::Interleaved;
     bool wideOffsets = false;  ///< co64
