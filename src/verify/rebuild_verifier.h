@@ -37,7 +37,8 @@ VerifyReport verifyRebuild(const std::filesystem::path& original,
 
 /// What differs between the original's items and the rebuilt file's, one line each, whatever their
 /// order.
-std::vector<std::string> compareTags(std::vector<TagItem> original, std::vector<TagItem> rebuilt);
+std::vector<std::string> compareTags(const std::vector<TagItem>& original,
+                                     const std::vector<TagItem>& rebuilt);
 
 /// Titles equal, times at most 10 ms apart.
 bool chaptersMatch(const std::vector<Chapter>& a, const std::vector<Chapter>& b);

@@ -1,0 +1,162 @@
+#include "verify/rebuild_verifier.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+#include "foundation/errors.h"
+#include "foundation/text.h"
+#include "mp4/sound_layout.h"
+#include "verify/chapter_track.h"
+#include "verify/sample_comparison.h"
+#include "verify/track_comparison.h"
+
+namespace marlet {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Keep = std::optional<std::vector<int>>;
+
+/// Both files' tables have to lie in memory side by side; no film's come near this.
+constexpr std::uint64_t mostTableBytes = 320ULL << 20;
+
+std::uint64_t tableBytes(const MP4Summary& summary) {
+    std::uint64_t bytes = 0;
+    for (const Track& track : summary.tracks)
+        bytes += 4 * (track.sizes.size() + track.durations.size() + track.sync.size()) +
+                 sizeof(std::int64_t) * track.ctts.size() + sizeof(Chunk) * track.chunks.size();
+    return bytes;
+}
+
+/// The tracks of these indices, in their order; false when one isn't there.
+bool cutDown(std::vector<Track>& tracks, const std::vector<int>& keep) {
+    std::vector<Track> kept;
+    for (const int index : keep) {
+        const auto found = std::ranges::find(tracks, index, &Track::index);
+        if (found == tracks.end()) return false;
+        kept.push_back(std::move(*found));
+        tracks.erase(found);
+    }
+    tracks = std::move(kept);
+    return true;
+}
+
+/// Nothing when a track to keep isn't there.
+std::optional<VerifiedSide> readSide(const fs::path& file, const Keep& keep) {
+    const Bytes moov = loadMoov(file);
+    VerifiedSide side;
+    side.summary = parseSummary(moov, file, Detail::Yes);
+    if (tableBytes(side.summary) > mostTableBytes)
+        throw MFError("the index is too large to be proved");
+    if (keep && !cutDown(side.summary.tracks, *keep)) return std::nullopt;
+    side.playback = readPlayback(moov, side.summary);
+    return side;
+}
+
+/// The sound tracks alone are measured. They are lent for it, because their tables are large.
+double soundLayout(MP4Summary& summary) {
+    MP4Summary sound;
+    sound.videoEnd = summary.videoEnd;
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < summary.tracks.size(); i++) {
+        if (summary.tracks[i].handler != "soun") continue;
+        places.push_back(i);
+        sound.tracks.push_back(std::move(summary.tracks[i]));
+    }
+    const double seconds = measure(sound);
+    for (std::size_t i = 0; i < places.size(); i++)
+        summary.tracks[places[i]] = std::move(sound.tracks[i]);
+    return seconds;
+}
+
+bool durationFits(const MP4Summary& original, const MP4Summary& rebuilt, bool tracksLeftOut) {
+    constexpr double tolerance = 0.1;
+    if (!tracksLeftOut) return std::abs(original.duration - rebuilt.duration) <= tolerance;
+    // Without its longest sound a film may end with its picture.
+    return rebuilt.duration <= original.duration + tolerance &&
+           (!original.videoEnd || rebuilt.duration >= *original.videoEnd - tolerance);
+}
+
+/// What no comparison of tracks sees.
+void compareMovies(const VerifiedSide& original, const VerifiedSide& rebuilt,
+                   const RebuildTerms& terms, VerifyReport& report) {
+    if (original.playback.isFragmented || rebuilt.playback.isFragmented)
+        report.reasons.push_back("the file is in fragments, whose samples can't be compared");
+    if (terms.lenientSampleEntries) return;
+    if (original.playback.presentation != rebuilt.playback.presentation)
+        report.reasons.push_back("movie header rate, volume or matrix differ");
+}
+
+/// References and players tell tracks apart by their number.
+bool idsAreDistinct(const std::vector<Track>& tracks) {
+    std::unordered_set<std::uint32_t> ids;
+    return std::ranges::all_of(
+        tracks, [&](const Track& track) { return track.id != 0 && ids.insert(track.id).second; });
+}
+
+void compareChapters(const fs::path& originalFile, const VerifiedSide& original,
+                     const fs::path& rebuiltFile, const VerifiedSide& rebuilt,
+                     const std::set<std::size_t>& positions, VerifyReport& report) {
+    if (!chaptersMatch(original.summary.chpl, rebuilt.summary.chpl))
+        report.reasons.push_back("chapter list (chpl) differs");
+    for (const std::size_t i : positions) {
+        const Track& track = original.summary.tracks[i];
+        if (!chaptersMatch(chaptersInTrack(originalFile, track),
+                           chaptersInTrack(rebuiltFile, rebuilt.summary.tracks[i])))
+            report.reasons.push_back("chapter titles or times differ in track " +
+                                     std::to_string(track.id));
+    }
+}
+
+void compareTagBlocks(const MP4Summary& original, const MP4Summary& rebuilt, VerifyReport& report) {
+    if (original.tags == rebuilt.tags) return;
+    std::vector<std::string> lines = compareTags(original.tags, rebuilt.tags);
+    if (lines.empty()) lines.push_back("iTunes metadata differs in its order or structure");
+    std::ranges::move(lines, std::back_inserter(report.reasons));
+}
+
+}  // namespace
+
+VerifyReport verifyRebuild(const fs::path& original, const fs::path& rebuilt,
+                           const RebuildTerms& terms, RunControl& control,
+                           const StepProgress& progress) {
+    VerifyReport report;
+    auto before = readSide(original, terms.keepIndices);
+    auto after = readSide(rebuilt, std::nullopt);
+    if (!before) {
+        report.reasons.push_back("a track to keep isn't in the file");
+        return report;
+    }
+    MP4Summary& a = before->summary;
+    MP4Summary& b = after->summary;
+
+    report.before = soundLayout(a);
+    if (!durationFits(a, b, terms.keepIndices.has_value()))
+        report.reasons.push_back("duration differs (" + Text::fixed(a.duration, 2) + " s vs " +
+                                 Text::fixed(b.duration, 2) + " s)");
+    if (a.tracks.size() != b.tracks.size()) {
+        report.reasons.push_back("track count differs (" + std::to_string(a.tracks.size()) +
+                                 " vs " + std::to_string(b.tracks.size()) + ")");
+        return report;
+    }
+    compareMovies(*before, *after, terms, report);
+    const std::set<std::size_t> chapters = chapterTracks(a.tracks);
+    compareChapters(original, *before, rebuilt, *after, chapters, report);
+    for (std::size_t i = 0; i < a.tracks.size(); i++)
+        compareTracks(*before, *after, i, chapters.contains(i), terms, report);
+    if (idsAreDistinct(a.tracks) && !idsAreDistinct(b.tracks))
+        report.reasons.push_back("a track's number is missing or used twice");
+    if (!terms.allowTagChange) compareTagBlocks(a, b, report);
+    if (!report.reasons.empty()) return report;
+
+    compareSamples(original, a, rebuilt, b, chapters, control, progress, report);
+    report.after = soundLayout(b);
+    if (report.after > terms.maxAfter)
+        report.reasons.push_back("rebuilt file still measures " + Text::fixed(report.after, 2) +
+                                 " s (limit " + Text::fixed(terms.maxAfter, 1) + " s)");
+    return report;
+}
+
+}  // namespace marlet
