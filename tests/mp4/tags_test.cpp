@@ -26,9 +26,35 @@ TEST(TagItems, HaveTheirTypeAsKeyAWordAndTheirBytes) {
 }
 
 TEST(TagItems, KnowTheWordsOfCommonTypes) {
-    const std::vector<std::pair<std::string, std::string>> words = {
-        {"tven", "TV episode ID"}, {"hdvd", "HD video flag"}, {"rtng", "content rating"},
-        {"purd", "purchase date"}, {"©too", "encoding tool"}, {"covr", "cover art"}};
+    const std::vector<std::pair<std::string, std::string>> words = {{"©nam", "title"},
+                                                                    {"©ART", "artist"},
+                                                                    {"©alb", "album"},
+                                                                    {"©gen", "genre"},
+                                                                    {"©day", "release date"},
+                                                                    {"desc", "description"},
+                                                                    {"ldes", "long description"},
+                                                                    {"stik", "media kind"},
+                                                                    {"hdvd", "HD video flag"},
+                                                                    {"tvsh", "TV show"},
+                                                                    {"tven", "TV episode ID"},
+                                                                    {"tvnn", "TV network"},
+                                                                    {"covr", "cover art"},
+                                                                    {"©cmt", "comment"},
+                                                                    {"cprt", "copyright"},
+                                                                    {"©wrt", "writer"},
+                                                                    {"©too", "encoding tool"},
+                                                                    {"trkn", "track number"},
+                                                                    {"disk", "disc number"},
+                                                                    {"tvsn", "TV season"},
+                                                                    {"aART", "album artist"},
+                                                                    {"pgap", "gapless"},
+                                                                    {"cpil", "compilation"},
+                                                                    {"rtng", "content rating"},
+                                                                    {"©grp", "grouping"},
+                                                                    {"sosn", "sort show"},
+                                                                    {"sonm", "sort name"},
+                                                                    {"purd", "purchase date"},
+                                                                    {"tves", "TV episode"}};
     for (const auto& [type, label] : words)
         EXPECT_EQ(itemsOf({textItem(type, "")}).at(0).label, label) << type;
 }
