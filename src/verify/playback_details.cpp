@@ -122,6 +122,7 @@ TrackPlayback readTrack(ByteView data, const BoxSpan& trak, const Track& track,
     TrackPlayback playback;
     playback.descriptionUse = descriptionUse(data, boxes);
     playback.hasSyncTable = boxes.stss.has_value();
+    playback.hasAuxiliaryData = findSpan(data, *stbl, {boxCode("saio")}).has_value();
     playback.isSelfContained = isSelfContained(data, *minf);
     playback.shownSeconds = shownSeconds(data, trak, movieScale);
     playback.mediaSeconds = mediaClock(data, *findSpan(data, *mdia, {boxCode("mdhd")})).seconds();

@@ -15,11 +15,14 @@ namespace marlet {
 struct TrackPlayback {
     /// SHA-256 over which sample description each sample uses (ISO/IEC 14496-12, 8.7.4).
     std::string descriptionUse;
-    bool hasSyncTable = false;    ///< a table without entries says that no sample is a keyframe
-    bool isSelfContained = true;  ///< every data reference in use is the file itself (8.7.2)
-    double shownSeconds = 0;      ///< `tkhd` duration
-    double mediaSeconds = 0;      ///< `mdhd` duration
-    double tableSeconds = 0;      ///< the sum of the sample durations
+    bool hasSyncTable = false;  ///< a table without entries says that no sample is a keyframe
+    /// Samples have data beside them that is found by its own offsets (8.7.9), as keys of
+    /// encrypted samples do.
+    bool hasAuxiliaryData = false;
+    bool isSelfContained = true;        ///< every data reference in use is the file itself (8.7.2)
+    double shownSeconds = 0;            ///< `tkhd` duration
+    double mediaSeconds = 0;            ///< `mdhd` duration
+    double tableSeconds = 0;            ///< the sum of the sample durations
     std::optional<double> editSeconds;  ///< the length of the edit list
     /// SHA-256 over the references to other tracks, each told by its position among the tracks.
     std::string references;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <unordered_set>
 
 #include "foundation/errors.h"
@@ -9,6 +10,7 @@
 #include "mp4/sound_layout.h"
 #include "verify/chapter_track.h"
 #include "verify/sample_comparison.h"
+#include "verify/sample_order.h"
 #include "verify/track_comparison.h"
 
 namespace marlet {
@@ -96,6 +98,25 @@ bool idsAreDistinct(const std::vector<Track>& tracks) {
         tracks, [&](const Track& track) { return track.id != 0 && ids.insert(track.id).second; });
 }
 
+/// Whether all samples lie in `mdat` boxes, where players look for them.
+bool liesInMediaData(const fs::path& file, const MP4Summary& summary) {
+    std::map<std::uint64_t, std::uint64_t> ends;  // by start
+    for (const TagRestore::Top& box : TagRestore::topLevel(file))
+        if (box.type == "mdat") ends[box.offset] = box.offset + box.size;
+    const auto lies = [&](std::uint64_t from, std::uint64_t bytes) {
+        const auto next = ends.upper_bound(from);
+        if (next == ends.begin()) return false;
+        const std::uint64_t end = std::prev(next)->second;
+        return from <= end && bytes <= end - from;
+    };
+    for (const Track& track : summary.tracks)
+        for (const Chunk& chunk : track.chunks)
+            if (const std::uint64_t bytes = chunkBytes(track, chunk);
+                bytes > 0 && !lies(chunk.offset, bytes))
+                return false;
+    return true;
+}
+
 void compareChapters(const fs::path& originalFile, const VerifiedSide& original,
                      const fs::path& rebuiltFile, const VerifiedSide& rebuilt,
                      const std::set<std::size_t>& positions, VerifyReport& report) {
@@ -152,6 +173,8 @@ VerifyReport verifyRebuild(const fs::path& original, const fs::path& rebuilt,
     if (!report.reasons.empty()) return report;
 
     compareSamples(original, a, rebuilt, b, chapters, control, progress, report);
+    if (liesInMediaData(original, a) && !liesInMediaData(rebuilt, b))
+        report.reasons.push_back("samples lie outside the media data (mdat)");
     report.after = soundLayout(b);
     if (report.after > terms.maxAfter)
         report.reasons.push_back("rebuilt file still measures " + Text::fixed(report.after, 2) +
