@@ -319,11 +319,16 @@ Bytes trakBox(const MovieTrack& track, std::uint32_t id, const Bytes& offsets) {
     Bytes content = tkhdBox(id, track.flags, track.altGroup);
     if (!track.edits.empty()) append(content, box("edts", {elstBox(track.edits)}));
     append(content, joined(track.boxes));
+    const Bytes stsd =
+        track.entry.empty()
+            ? stsdBox(track.codec)
+            : fullBox("stsd", 0, 0, joined({be32(1), box(track.codec, track.entry)}));
+    const Bytes stbl =
+        box("stbl", {stsd, sttsBox(runsOf(track.durations)), stscBox(chunkRows(track)),
+                     stszBox(track.sizes), offsets, joined(track.tables)});
     append(content,
-           mdiaBox(track.handler, track.timescale, duration,
-                   {stsdBox(track.codec), sttsBox(runsOf(track.durations)),
-                    stscBox(chunkRows(track)), stszBox(track.sizes), offsets, joined(track.tables)},
-                   track.language));
+           box("mdia", {mdhdBox(track.timescale, duration, track.language), hdlrBox(track.handler),
+                        box("minf", {joined(track.mediaInfo), stbl})}));
     return box("trak", content);
 }
 
@@ -335,6 +340,7 @@ Bytes moovBox(const Movie& movie, const Media& media, std::uint64_t base) {
     for (std::size_t t = 0; t < movie.tracks.size(); t++)
         append(content, trakBox(movie.tracks[t], static_cast<std::uint32_t>(t + 1),
                                 offsetsBox(media.chunkOffsets[t], base, movie.wideOffsets)));
+    append(content, joined(movie.boxes));
     if (movie.hasTagBlock) {
         Bytes userData = udtaBox(movie.tags, movie.tagRoom);
         userData.erase(userData.begin(), userData.begin() + 8);
