@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "foundation/errors.h"
@@ -106,6 +107,18 @@ int fsync(int fd) {
 int rename(const fs::path& from, const fs::path& to) {
     const Faults::Ends ends{from, to};
     return run(Call::Rename, ends, [&] { return ::rename(from.c_str(), to.c_str()); });
+}
+
+int renameIfFree(const fs::path& from, const fs::path& to) {
+    const Faults::Ends ends{from, to};
+    return run(Call::RenameIfFree, ends, [&] {
+        return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+    });
+}
+
+int link(const fs::path& from, const fs::path& to) {
+    const Faults::Ends ends{from, to};
+    return run(Call::Link, ends, [&] { return ::link(from.c_str(), to.c_str()); });
 }
 
 int unlink(const fs::path& path) {

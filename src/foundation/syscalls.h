@@ -43,6 +43,11 @@ ssize_t pwrite(int fd, const void* buffer, std::size_t count, std::uint64_t at);
 int ftruncate(int fd, std::uint64_t size);
 int fsync(int fd);
 int rename(const std::filesystem::path& from, const std::filesystem::path& to);
+/// renameat2 with RENAME_NOREPLACE: EEXIST when something has the name. EINVAL and its like where
+/// the file system doesn't know the flag.
+int renameIfFree(const std::filesystem::path& from, const std::filesystem::path& to);
+/// A second name for a file, which replaces nothing.
+int link(const std::filesystem::path& from, const std::filesystem::path& to);
 int unlink(const std::filesystem::path& path);
 int rmdir(const std::filesystem::path& path);
 int mkdir(const std::filesystem::path& path, mode_t mode);
@@ -69,6 +74,8 @@ enum class Call {
     Truncate,
     Flush,
     Rename,
+    RenameIfFree,
+    Link,
     Unlink,
     MakeFolder,
     Lock,
@@ -80,8 +87,8 @@ enum class Call {
 
 /// While it lives, the nth matching call (from 1) and, if `forever`, all after it fail with
 /// `error`. For tests; `path` empty means any file. A call on a descriptor is matched by the path
-/// it was opened with, a rename by either end. One fault at a time per kind of call. An EINTR is
-/// repeated as the real one is.
+/// it was opened with, one with two paths by either. One fault at a time per kind of call. An EINTR
+/// is repeated as the real one is.
 class Fault {
 public:
     Fault(Call call, int error, int nth = 1, bool forever = false,
