@@ -36,12 +36,11 @@ void saveCopy(WriteJob& job, const fs::path& folder) {
     if (isTaken(target)) throw MFError(exists);
 
     job.report(saving, 0.64);
-    const fs::path part = partFile(folder);
-    const RemoveAtEnd remover(part);
-    FileOps::copy(job.candidate, part, job.control, job.part(saving, 0.64, 0.3));
-    if (!FileOps::filesEqual(job.candidate, part, job.control))
+    const PartFile part(folder);
+    FileOps::copy(job.candidate, part.path(), job.control, job.part(saving, 0.64, 0.3));
+    if (!FileOps::filesEqual(job.candidate, part.path(), job.control))
         throw MFError(Wording::copyDidNotMatch);
-    if (!moveIfFree(part, target)) throw MFError(exists);
+    if (!moveIfFree(part.path(), target)) throw MFError(exists);
 
     job.outcome.status = WriteOutcome::Status::done;
     job.outcome.message = Wording::copySaved;

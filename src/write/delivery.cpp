@@ -41,12 +41,11 @@ fs::path moveToFreeName(const fs::path& part, const fs::path& source, const fs::
 fs::path save(const fs::path& built, const fs::path& source, const fs::path& folder,
               RunControl& control) {
     try {
-        const fs::path part = partFile(folder);
-        const RemoveAtEnd remover(part);
-        FileOps::copy(built, part, control);
-        if (!FileOps::filesEqual(built, part, control))
+        const PartFile part(folder);
+        FileOps::copy(built, part.path(), control);
+        if (!FileOps::filesEqual(built, part.path(), control))
             throw MFError("the saved file didn't match");
-        return moveToFreeName(part, source, folder);
+        return moveToFreeName(part.path(), source, folder);
     } catch (const std::exception& failure) {
         throw MFError(std::string("saving the new file failed: ") + failure.what());
     }

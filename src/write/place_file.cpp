@@ -1,14 +1,19 @@
 #include "write/place_file.h"
 
 #include <fcntl.h>
-#include <stdio.h>
-#include <unistd.h>
+#include <sys/file.h>
 
 #include <cerrno>
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 #include "foundation/durable.h"
-#include "foundation/syscalls.h"
-#include "foundation/work_area.h"
+#include "foundation/errors.h"
+#include "foundation/uuid.h"
 
 namespace marlet {
 
@@ -18,22 +23,86 @@ namespace {
 
 constexpr const char* cannotMove = "cannot move the file to its name";
 
-/// For file systems without RENAME_NOREPLACE: a second name that can't replace anything, and
-/// where there are no second names either (FAT), a look and a rename.
+bool isUnknownToFileSystem(int error) {
+    return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
+}
+
+/// Where there are no second names either: an empty file that nobody had before takes the name,
+/// and only that one is replaced.
+int renameOverPlaceholder(const fs::path& from, const fs::path& to) {
+    FileHandle placeholder(Sys::open(to, O_WRONLY | O_CREAT | O_EXCL, 0644));
+    if (!placeholder.isOpen()) return -1;
+    placeholder.close();
+    if (Sys::rename(from, to) == 0) return 0;
+    const int error = errno;
+    Sys::unlink(to);
+    errno = error;
+    return -1;
+}
+
+/// For file systems without RENAME_NOREPLACE: a second name can't replace anything.
 int renameWithoutFlag(const fs::path& from, const fs::path& to) {
-    if (::link(from.c_str(), to.c_str()) == 0) return Sys::unlink(from);
-    if (errno == EEXIST) return -1;
-    if (isTaken(to)) {
-        errno = EEXIST;
-        return -1;
+    if (Sys::link(from, to) == 0) {
+        // The file has its name. What is left of the first one goes with the part's place.
+        Sys::unlink(from);
+        return 0;
     }
-    return Sys::rename(from, to);
+    const bool hasLinks = !isUnknownToFileSystem(errno) && errno != EPERM && errno != EMLINK;
+    return hasLinks ? -1 : renameOverPlaceholder(from, to);
 }
 
 int renameIfFree(const fs::path& from, const fs::path& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-    const bool isUnknown = errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
-    return isUnknown ? renameWithoutFlag(from, to) : -1;
+    if (Sys::renameIfFree(from, to) == 0) return 0;
+    return isUnknownToFileSystem(errno) ? renameWithoutFlag(from, to) : -1;
+}
+
+// The name of a part, and the name that its copy has until it is whole.
+constexpr std::string_view partStart = ".marlet-";
+constexpr std::string_view partEnd = ".part";
+constexpr std::string_view unfinishedEnd = ".part.partial";
+constexpr std::size_t partDigits = 8;
+
+bool isPartName(std::string_view name) {
+    if (!name.starts_with(partStart)) return false;
+    name.remove_prefix(partStart.size());
+    const std::string_view digits = name.substr(0, partDigits);
+    const std::string_view end = name.substr(digits.size());
+    return digits.size() == partDigits &&
+           digits.find_first_not_of("0123456789ABCDEF") == std::string_view::npos &&
+           (end == partEnd || end == unfinishedEnd);
+}
+
+std::vector<fs::path> partsIn(const fs::path& folder) {
+    std::vector<fs::path> parts;
+    std::error_code failed;
+    for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        if (!isPartName(entry->path().filename().native())) continue;
+        const auto found = Sys::lstat(entry->path());
+        if (found && found->isRegular) parts.push_back(entry->path());
+    }
+    return parts;
+}
+
+/// Another run holds the lock alone only while it removes names; any other program that does must
+/// not hold up a delivery.
+void share(const FileHandle& folder) {
+    constexpr int tries = 50;
+    constexpr std::chrono::milliseconds pause{20};
+    for (int i = 0; i < tries; i++) {
+        if (Sys::flock(folder.get(), LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+/// Gives the folder with this run's share of the lock.
+FileHandle claim(const fs::path& folder) {
+    FileHandle handle(Sys::open(folder, O_RDONLY | O_DIRECTORY));
+    if (!handle.isOpen()) return handle;
+    if (Sys::flock(handle.get(), LOCK_EX | LOCK_NB) == 0)
+        for (const fs::path& part : partsIn(folder)) Sys::unlink(part);
+    share(handle);
+    return handle;
 }
 
 }  // namespace
@@ -43,7 +112,13 @@ bool moveIfFree(const fs::path& from, const fs::path& to) {
         if (errno == EEXIST) return false;
         failWithErrno(cannotMove);
     }
-    Durable::flushFolder(to.parent_path());
+    try {
+        Durable::flushFolder(to.parent_path());
+    } catch (const MFError&) {
+        // "Failed" is what the person reads, so nothing must be there.
+        Sys::unlink(to);
+        throw;
+    }
     return true;
 }
 
@@ -51,11 +126,12 @@ bool isTaken(const fs::path& path) {
     return Sys::lstat(path).has_value();
 }
 
-fs::path partFile(const fs::path& folder) {
-    return folder / (".marlet-" + newUUID().substr(0, 8) + ".part");
-}
+PartFile::PartFile(const fs::path& folder)
+    : folder_(claim(folder)),
+      path_(folder /
+            (std::string(partStart) + newUUID().substr(0, partDigits) + std::string(partEnd))) {}
 
-RemoveAtEnd::~RemoveAtEnd() {
+PartFile::~PartFile() {
     Sys::unlink(path_);
 }
 

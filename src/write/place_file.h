@@ -1,29 +1,35 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
+
+#include "foundation/syscalls.h"
 
 namespace marlet {
 
 /// Moves a finished file to its name, durably. False when something has that name already: what
-/// is there is never replaced. Throws MFError for every other failure.
+/// is there is never replaced. Throws MFError for every other failure, and the name is free then.
 bool moveIfFree(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// True for a file, a folder or a link, even one that leads nowhere.
 bool isTaken(const std::filesystem::path& path);
 
-/// ".marlet-XXXXXXXX.part" in the folder: the name of a file that isn't finished.
-std::filesystem::path partFile(const std::filesystem::path& folder);
-
-/// Removes a file of ours on every way out, if it is still there.
-class RemoveAtEnd {
+/// A place in an output folder for a file that isn't finished: ".marlet-XXXXXXXX.part". What is
+/// there at the end is removed, and what runs left that died before theirs goes at the start.
+///
+/// A living run shares a lock (flock) on the folder for as long as it has a place there. So when
+/// the folder can be locked by one alone, nobody is at work in it, and every such file is left
+/// over. No lock on the part itself could tell that: the copy comes to be under another name.
+class PartFile {
 public:
-    explicit RemoveAtEnd(std::filesystem::path path) : path_(std::move(path)) {}
-    ~RemoveAtEnd();
-    RemoveAtEnd(const RemoveAtEnd&) = delete;
-    RemoveAtEnd& operator=(const RemoveAtEnd&) = delete;
+    explicit PartFile(const std::filesystem::path& folder);
+    ~PartFile();
+    PartFile(const PartFile&) = delete;
+    PartFile& operator=(const PartFile&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
 
 private:
+    FileHandle folder_;  ///< holds the lock; not open where folders can't be locked
     std::filesystem::path path_;
 };
 
