@@ -122,6 +122,10 @@ bool same(const std::string& a, const std::string& b) {
     return code(a).value_or(a) == code(b).value_or(b);
 }
 
+std::string firstPart(const std::string& tag) {
+    return tag.substr(0, tag.find('-'));
+}
+
 std::vector<std::string> parseList(const std::string& text) {
     std::string even = text;
     for (const std::string_view divider : {";", "/"}) even = Text::replaceAll(even, divider, ",");

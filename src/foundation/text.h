@@ -23,6 +23,12 @@ std::string trim(std::string_view text, std::string_view alsoAscii);
 /// Every run of Unicode white space as one blank: "\s+" replaced by " ".
 std::string collapseSpace(std::string_view text);
 std::string lower(std::string_view text);
+/// Letters and their marks in one piece where Unicode has one (NFC): some systems store file names
+/// in pieces.
+std::string compose(std::string_view text);
+/// The bytes of a text file whose encoding nobody knows: UTF-8, else UTF-16 when a byte order mark
+/// says so, else Windows-1252. A leading mark is dropped.
+std::string decodeFile(ByteView bytes);
 /// First letter in upper / lower case, the rest as it is.
 std::string upperFirst(std::string_view text);
 std::string lowerFirst(std::string_view text);

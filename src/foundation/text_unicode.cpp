@@ -182,6 +182,15 @@ std::string lowerFirst(std::string_view text) {
     return mapFirst(text, &u_tolower);
 }
 
+std::string compose(std::string_view text) {
+    if (isAscii(text)) return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* const nfc = icu::Normalizer2::getNFCInstance(status);
+    const icu::UnicodeString composed =
+        U_SUCCESS(status) ? nfc->normalize(utf16(text), status) : icu::UnicodeString();
+    return U_SUCCESS(status) ? utf8(composed) : std::string(text);
+}
+
 std::string fold(std::string_view text) {
     if (isAscii(text)) return asciiLower(text);
     // Canonical decomposition only: a compatibility one would turn "³" into "3", and who compares

@@ -116,6 +116,15 @@ TEST(TrackDescriptor, TakesWholeWordsOnly) {
     EXPECT_EQ(label("en"), "en");  // codes of two letters are words of their own
 }
 
+TEST(Languages, ATagBeginsWithItsLanguage) {
+    EXPECT_EQ(Lang::firstPart("en-GB"), "en");
+    EXPECT_EQ(Lang::firstPart("zh-Hans-CN"), "zh");
+    EXPECT_EQ(Lang::firstPart("ger"), "ger");
+    EXPECT_EQ(Lang::firstPart("-x"), "");
+    EXPECT_EQ(Lang::firstPart(""), "");
+    EXPECT_EQ(Lang::code("en-GB"), nothing) << "a tag is no code";
+}
+
 TEST(TrackDescriptor, NothingGivesNothing) {
     EXPECT_EQ(label(nothing), nothing);
     EXPECT_EQ(label(""), nothing);
