@@ -1,0 +1,34 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "convert/plan_builder.h"
+
+/// The steps of a plan.
+namespace marlet::PlanParts {
+
+using Languages = std::set<std::string>;
+
+/// One choice for each sound track, in file order, none kept.
+std::vector<AudioChoice> soundChoices(const PlanInput& input);
+/// Keeps the best surround and the best stereo of each wanted language, or of the file's own
+/// language when it has none of these.
+void pickSound(std::vector<AudioChoice>& choices, const std::vector<std::string>& keepLanguages);
+/// Codes of the languages whose sound is kept.
+Languages keptSoundLanguages(const std::vector<AudioChoice>& choices);
+
+/// Subtitle tracks of the file, in file order.
+std::vector<SubChoice> embeddedSubtitles(const PlanInput& input, const Languages& kept);
+/// Subtitle files beside the source, in the order given.
+std::vector<SubChoice> sidecarSubtitles(const PlanInput& input,
+                                        const std::vector<AudioChoice>& sound,
+                                        const Languages& kept);
+
+/// Whether a language is among those that the person wants.
+bool isWanted(const std::string& language, const std::vector<std::string>& keepLanguages);
+/// "English · Foreign parts only".
+std::string forcedLabel(const std::string& language);
+
+}  // namespace marlet::PlanParts
