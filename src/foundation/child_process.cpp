@@ -21,9 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// How long a program may take to heed SIGTERM.
-constexpr std::chrono::seconds grace{5};
-
 /// Secrets of this process that no media tool has any use for.
 constexpr std::string_view withheld[] = {"MARLET_TMDB_TOKEN="};
 
@@ -233,7 +230,7 @@ void ChildProcess::signal(int number) const {
     if (pid_ > 0) ::kill(-pid_, number);
 }
 
-void ChildProcess::terminate() {
+void ChildProcess::terminate(std::chrono::milliseconds grace) {
     signal(SIGTERM);
     signal(SIGCONT);  // a stopped process sees SIGTERM only once it goes on
     if (!waitForEnd(grace)) reap();

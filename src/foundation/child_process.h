@@ -36,7 +36,7 @@ public:
     /// To the program and what it started; nothing once it has ended.
     void signal(int number) const;
     /// SIGTERM, also when it is stopped; SIGKILL if it doesn't heed it. Returns after its end.
-    void terminate();
+    void terminate(std::chrono::milliseconds grace = std::chrono::seconds(5));
     /// After the end: the exit status, or the number of the signal that ended it.
     int status() const { return status_; }
 
