@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "foundation/bytes.h"
+
 namespace marlet {
 
 /// A sound or subtitle track of an MP4 that a person may leave out.
@@ -33,7 +35,9 @@ namespace InPlaceTracks {
 
 /// In file order, without chapter tracks; empty when the file can't be read.
 std::vector<InPlaceTrack> read(const std::filesystem::path& file);
-/// "2 sound, 1 subtitle ..." for the interface.
+/// The same from the payload of an index; fails like parseSummary.
+std::vector<InPlaceTrack> tracksIn(ByteView moov);
+/// "2 sounds, 1 subtitle, 1 removed": what stays, and how many don't.
 std::string summary(const std::vector<InPlaceTrack>& tracks);
 /// Sets the enabled flag of the tracks at these `trak` positions of a finished candidate.
 void enable(const std::vector<int>& indices, const std::filesystem::path& file);
