@@ -1,14 +1,18 @@
 #include "verify/playback_details.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <numeric>
 #include <unordered_map>
 
 #include "foundation/digest.h"
 #include "foundation/errors.h"
+#include "foundation/file_ops.h"
 #include "mp4/box_cursor.h"
 #include "mp4/sample_tables.h"
 #include "mp4/track_parser.h"
+#include "verify/index_shape.h"
 
 namespace marlet {
 
@@ -64,11 +68,36 @@ std::string descriptionUse(ByteView data, const SampleTables::Boxes& boxes) {
 /// Flag bit 0 of each entry says that the media lies in this very file.
 bool isSelfContained(ByteView data, const BoxSpan& minf) {
     const auto dref = findSpan(data, minf, {boxCode("dinf"), boxCode("dref")});
-    if (!dref) return true;
+    if (!dref) return false;
     BoxCursor entries(data, dref->start + 8, dref->end);
-    while (const auto entry = entries.next())
+    int count = 0;
+    for (; const auto entry = entries.next(); count++)
         if ((BigEndian::u32(data, entry->start) & 1) == 0) return false;
-    return true;
+    return count > 0;
+}
+
+BoxCode mediaHeader(ByteView data, const BoxSpan& minf) {
+    for (const BoxCode type : {boxCode("vmhd"), boxCode("smhd"), boxCode("hmhd"), boxCode("sthd"),
+                               boxCode("nmhd"), boxCode("gmhd")})
+        if (findSpan(data, minf, {type})) return type;
+    return 0;
+}
+
+/// Players look for tags only in a `meta` of the right handler.
+std::vector<std::string> tagHandlers(ByteView moov) {
+    const auto end = static_cast<std::int64_t>(moov.size());
+    std::vector<std::string> handlers;
+    for (const auto& meta : {findSpan(moov, 0, end, {boxCode("udta"), boxCode("meta")}),
+                             findSpan(moov, 0, end, boxCode("meta"))}) {
+        if (!meta) continue;
+        for (const std::int64_t children : {meta->start + 4, meta->start}) {
+            if (!findSpan(moov, children, meta->end, boxCode("ilst"))) continue;
+            const auto hdlr = findSpan(moov, children, meta->end, boxCode("hdlr"));
+            handlers.push_back(hdlr ? BigEndian::fourCC(moov, hdlr->start + 8) : std::string());
+            break;
+        }
+    }
+    return handlers;
 }
 
 struct Reference {
@@ -124,6 +153,7 @@ TrackPlayback readTrack(ByteView data, const BoxSpan& trak, const Track& track,
     playback.hasSyncTable = boxes.stss.has_value();
     playback.hasAuxiliaryData = findSpan(data, *stbl, {boxCode("saio")}).has_value();
     playback.isSelfContained = isSelfContained(data, *minf);
+    playback.mediaHeader = mediaHeader(data, *minf);
     playback.shownSeconds = shownSeconds(data, trak, movieScale);
     playback.mediaSeconds = mediaClock(data, *findSpan(data, *mdia, {boxCode("mdhd")})).seconds();
     playback.tableSeconds = static_cast<double>(std::accumulate(
@@ -152,9 +182,21 @@ std::vector<BoxSpan> trackBoxes(ByteView moov) {
 
 }  // namespace
 
+std::string mainBrand(const std::filesystem::path& file) {
+    const auto top = TagRestore::topLevel(file);
+    if (top.empty() || top.front().type != "ftyp") return {};
+    const FileHandle handle = FileHandle::open(file, O_RDONLY, "cannot open the file");
+    Bytes brand(4);
+    brand.resize(
+        FileOps::readFull(handle.get(), brand, static_cast<std::uint64_t>(top.front().header)));
+    return latin1ToUtf8(brand);
+}
+
 MoviePlayback readPlayback(ByteView moov, const MP4Summary& summary) {
     const auto end = static_cast<std::int64_t>(moov.size());
     MoviePlayback movie;
+    movie.isWellFormed = isWellFormed(moov);
+    movie.tagHandlers = tagHandlers(moov);
     movie.isFragmented = findSpan(moov, 0, end, boxCode("mvex")).has_value();
     if (const auto mvhd = findSpan(moov, 0, end, boxCode("mvhd"))) {
         movie.timescale = mediaClock(moov, *mvhd).timescale;

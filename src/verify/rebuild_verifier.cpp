@@ -54,6 +54,7 @@ std::optional<VerifiedSide> readSide(const fs::path& file, const Keep& keep) {
         throw MFError("the index is too large to be proved");
     if (keep && !cutDown(side.summary.tracks, *keep)) return std::nullopt;
     side.playback = readPlayback(moov, side.summary);
+    side.playback.brand = mainBrand(file);
     return side;
 }
 
@@ -86,7 +87,15 @@ void compareMovies(const VerifiedSide& original, const VerifiedSide& rebuilt,
                    const RebuildTerms& terms, VerifyReport& report) {
     if (original.playback.isFragmented || rebuilt.playback.isFragmented)
         report.reasons.push_back("the file is in fragments, whose samples can't be compared");
+    if (original.playback.isWellFormed && !rebuilt.playback.isWellFormed)
+        report.reasons.push_back("the index of the rebuilt file isn't well formed");
     if (terms.lenientSampleEntries) return;
+    if (original.playback.brand != rebuilt.playback.brand)
+        report.reasons.push_back("kind of file (ftyp) differs (" + original.playback.brand +
+                                 " vs " + rebuilt.playback.brand + ")");
+    if (!original.playback.tagHandlers.empty() && !rebuilt.playback.tagHandlers.empty() &&
+        original.playback.tagHandlers != rebuilt.playback.tagHandlers)
+        report.reasons.push_back("handler of the iTunes metadata differs");
     if (original.playback.presentation != rebuilt.playback.presentation)
         report.reasons.push_back("movie header rate, volume or matrix differ");
 }

@@ -116,13 +116,17 @@ constexpr std::array tableChecks = {
           }},
     Check{": time scale differs",
           [](const Pair& p) { return p.original.timescale == p.rebuilt.timescale; }},
-    Check{": use of the sample descriptions differs",
-          [](const Pair& p) {
-              return p.originalPlayback.descriptionUse == p.rebuiltPlayback.descriptionUse;
-          }},
     Check{": samples have data beside them that can't be compared",
           [](const Pair& p) {
               return !p.originalPlayback.hasAuxiliaryData && !p.rebuiltPlayback.hasAuxiliaryData;
+          }},
+};
+
+/// How the samples of any track, chapter text as well, are found and taken.
+constexpr std::array accessChecks = {
+    Check{": use of the sample descriptions differs",
+          [](const Pair& p) {
+              return p.originalPlayback.descriptionUse == p.rebuiltPlayback.descriptionUse;
           }},
     Check{": media data is said to lie outside the file",
           [](const Pair& p) {
@@ -134,6 +138,10 @@ constexpr std::array tableChecks = {
 constexpr std::array layoutChecks = {
     Check{": use in the film (a flag) differs",
           [](const Pair& p) { return sameFlag(p, inMovieFlag); }},
+    Check{": header of its kind of media differs",
+          [](const Pair& p) {
+              return p.originalPlayback.mediaHeader == p.rebuiltPlayback.mediaHeader;
+          }},
     Check{": references to other tracks differ",
           [](const Pair& p) {
               return p.originalPlayback.references == p.rebuiltPlayback.references;
@@ -196,10 +204,12 @@ void compareTracks(const VerifiedSide& original, const VerifiedSide& rebuilt, st
                     original.playback.tracks[position], rebuilt.playback.tracks[position], terms};
     const std::string label = trackLabel(pair.original, position);
     run(headerChecks, pair, label, report);
-    if (isChapterTrack) return;
-    compareDescriptions(pair, label, report);
-    run(tableChecks, pair, label, report);
-    if (!terms.lenientSampleEntries) run(layoutChecks, pair, label, report);
+    if (!isChapterTrack) {
+        compareDescriptions(pair, label, report);
+        run(tableChecks, pair, label, report);
+    }
+    run(accessChecks, pair, label, report);
+    if (!isChapterTrack && !terms.lenientSampleEntries) run(layoutChecks, pair, label, report);
 }
 
 }  // namespace marlet
