@@ -7,6 +7,7 @@
 namespace marlet::test {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -129,6 +130,45 @@ TEST_F(RebuiltPlayback, AnEditListInOtherUnitsIsAReason) {
     Bytes rebuilt = edited(rebuilt_, {{"moov"}, {"mvhd"}}, 12, be32(1010));
     EXPECT_THAT(verify(original_, rebuilt).reasons,
                 ElementsAre("track 1 (vide avc1): edit list differs"));
+}
+
+TEST_F(RebuiltPlayback, AnotherKindOfFileIsAReason) {
+    EXPECT_THAT(verify(original_, patched(rebuilt_, 8, viewOf("qt  "))).reasons,
+                ElementsAre("kind of file (ftyp) differs (isom vs qt  )"));
+    EXPECT_THAT(verify(original_, patched(rebuilt_, 4, viewOf("free"))).reasons,
+                ElementsAre("kind of file (ftyp) differs (isom vs )"));
+}
+
+TEST_F(RebuiltPlayback, TagsBehindAnotherHandlerAreAReason) {
+    const Bytes rebuilt =
+        edited(rebuilt_, {{"moov"}, {"udta"}, {"meta"}, {"hdlr"}}, 8, viewOf("mdta"));
+    EXPECT_THAT(verify(original_, rebuilt).reasons,
+                ElementsAre("handler of the iTunes metadata differs"));
+}
+
+TEST_F(RebuiltPlayback, AnotherHeaderOfTheMediaIsAReason) {
+    Movie movie = film();
+    movie.tracks[1].mediaInfo = {fullBox("smhd", 0, 0, Bytes(4))};
+    const Bytes original = buildMovie(movie);
+    movie.tracks[1].mediaInfo = {};
+    EXPECT_THAT(verify(original, buildMovie(interleaved(movie))).reasons,
+                ElementsAre("track 2 (soun mp4a): header of its kind of media differs"));
+}
+
+TEST_F(RebuiltPlayback, AnIndexThatOnlyForgivingReadersWalkIsAReason) {
+    const char* malformed = "the index of the rebuilt file isn't well formed";
+    // Sizes that run past the folder around them, and versions that nobody has.
+    for (const BoxPath& path : {mediaPath(1), mediaPath(1, {{"minf"}}), tablePath(1, "stco"),
+                                BoxPath{{"moov"}, {"udta"}, {"chpl"}}}) {
+        const std::size_t size = payloadAt(rebuilt_, path) - 8;
+        EXPECT_THAT(verify(original_, patched(rebuilt_, size, be16(1))).reasons,
+                    Contains(malformed));
+    }
+    for (const char* table : {"stts", "stsc", "stsz", "stco"})
+        EXPECT_THAT(reasonsFor(tablePath(1, table), 0, Bytes{9}), ElementsAre(malformed));
+    const Bytes broken = edited(original_, tablePath(1, "stts"), 0, Bytes{9});
+    EXPECT_THAT(verify(broken, edited(rebuilt_, tablePath(1, "stts"), 0, Bytes{9})).reasons,
+                IsEmpty());
 }
 
 TEST_F(RebuiltPlayback, SamplesWithDataBesideThemCanNotBeProved) {
