@@ -22,7 +22,7 @@ namespace {
 using Keep = std::optional<std::vector<int>>;
 
 /// Both files' tables have to lie in memory side by side; no film's come near this.
-constexpr std::uint64_t mostTableBytes = 320ULL << 20;
+constexpr std::uint64_t mostTableBytes = 192ULL << 20;
 
 std::uint64_t tableBytes(const MP4Summary& summary) {
     std::uint64_t bytes = 0;
