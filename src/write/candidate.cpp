@@ -68,12 +68,15 @@ Candidate editCopy(const WriteJob& job, IlstEditor::Plan plan, const TagTarget& 
     return {std::move(plan), std::move(proof.candidateDigest), measureInterleave(job.candidate)};
 }
 
-Candidate rebuild(const WriteJob& job) {
-    job.report("Rebuilding for Apple TV", 0.34);
-    throw MFError(Rebuild::missingForFix);
+Candidate rebuild(WriteJob& job, const TagTarget& target, const TrackRemoval& removal) {
+    const double after = Rebuild::build(job, target, removal);
+    job.outcome.rebuilt = true;
+    Rebuild::prove(job, target, removal);
+    return {std::nullopt, {}, after};
 }
 
-bool needsRebuild(const WriteJob& job) {
+bool needsRebuild(const WriteJob& job, const TrackRemoval& removal) {
+    if (removal.isAny()) return true;
     return job.request.fixLayout && job.outcome.before.value_or(0) > soundLayoutLimit;
 }
 
@@ -88,10 +91,10 @@ TagTarget intendedTags(const WriteJob& job) {
     return target;
 }
 
-Candidate buildCandidate(WriteJob& job, const TagTarget& target) {
-    if (needsRebuild(job)) return rebuild(job);
+Candidate buildCandidate(WriteJob& job, const TagTarget& target, const TrackRemoval& removal) {
+    if (needsRebuild(job, removal)) return rebuild(job, target, removal);
     auto plan = planEdit(job, IlstEditor::ilstBox(target.atoms));
-    return plan ? editCopy(job, std::move(*plan), target) : rebuild(job);
+    return plan ? editCopy(job, std::move(*plan), target) : rebuild(job, target, removal);
 }
 
 bool isWorse(double before, double after) {

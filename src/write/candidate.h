@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "write/ilst_editor.h"
+#include "write/track_removal.h"
 #include "write/write_job.h"
 
 namespace marlet {
@@ -27,7 +28,7 @@ struct Candidate {
 };
 
 /// Builds the candidate from the private copy and proves it.
-Candidate buildCandidate(WriteJob& job, const TagTarget& target);
+Candidate buildCandidate(WriteJob& job, const TagTarget& target, const TrackRemoval& removal);
 
 /// Fails when the candidate's sound layout isn't good enough to be delivered.
 void judge(const WriteRequest& request, double before, double after, bool rebuilt);

@@ -73,6 +73,37 @@ std::string layoutWorse(double before, double after) {
            "); left untouched";
 }
 
+std::string newFileOverLimit(double after) {
+    return "the new file measures " + hundredths(after) + " (limit " + tenths(soundLayoutLimit) +
+           "); the original was not touched";
+}
+
+std::string notFixable(double after) {
+    return "Marlet could not make this file Apple TV-safe: even with the sound stored in 0.5, 0.25 "
+           "and 0.1 s slices the longest stretch with sound stored together is still " +
+           hundredths(after) + " (the limit is " + tenths(soundLayoutLimit) +
+           "). This usually means the file's sound and picture are not timed together in the usual "
+           "way. The original was left untouched.";
+}
+
+std::string finerSlices(int milliseconds) {
+    return "Rebuilding with finer sound slices (" + std::to_string(milliseconds) + " ms)";
+}
+
+std::string slicesUsed(int milliseconds) {
+    return "sound interleaved in " + std::to_string(milliseconds) +
+           " ms slices to stay under the limit";
+}
+
+std::string trackNotRemovable(int index) {
+    return "track " + std::to_string(index) +
+           " is not a sound or subtitle track; nothing was changed";
+}
+
+std::string newFile(const std::string& name, const std::string& count) {
+    return "New file " + name + " · " + count + " left out, the original is untouched";
+}
+
 std::string copyExists(const std::string& name) {
     return name + " already exists in the copy folder; nothing written";
 }

@@ -23,6 +23,14 @@ std::string noRoomRemedies(const std::string& description);
 std::string verificationFailed(const std::vector<std::string>& reasons);
 std::string stillOverLimit(double after);
 std::string layoutWorse(double before, double after);
+std::string newFileOverLimit(double after);
+/// Even the finest slices are too long.
+std::string notFixable(double after);
+std::string finerSlices(int milliseconds);
+std::string slicesUsed(int milliseconds);
+std::string trackNotRemovable(int index);
+/// "New file Film.m4v · 2 tracks left out, the original is untouched".
+std::string newFile(const std::string& name, const std::string& count);
 std::string copyExists(const std::string& name);
 std::string writingFailedPutBack(const std::string& failure);
 /// The file may be half written; the copy is whole, and the next start finishes the write.
@@ -39,6 +47,15 @@ inline constexpr const char* copyUnlikeRead =
     "the internal copy doesn't match what was read; left untouched";
 inline constexpr const char* tracksNeedDetails =
     "tracks can only be left out together with a details write";
+inline constexpr const char* trackGone =
+    "a track to remove isn't in this file any more; nothing was changed";
+inline constexpr const char* pictureStays = "the picture can't be removed";
+inline constexpr const char* noOutputSpace = "Not enough free space in the output folder.";
+inline constexpr const char* noToolOutput = "MP4Box produced no output";
+inline constexpr const char* otherTracks =
+    "the rebuilt file doesn't have the tracks that were meant to stay; left untouched";
+inline constexpr const char* otherTags =
+    "the rebuilt file's tags are not exactly the intended ones; left untouched";
 inline constexpr const char* accountTag = "refusing to write an account tag";
 inline constexpr const char* notInPlace = "a conversion is not an in-place write";
 inline constexpr const char* copyUnreadable = "the verified copy can't be read";

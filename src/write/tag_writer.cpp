@@ -5,13 +5,13 @@
 #include "foundation/text.h"
 #include "mp4/sound_layout.h"
 #include "write/candidate.h"
+#include "write/change_summary.h"
 #include "write/copy_delivery.h"
 #include "write/in_place_delivery.h"
 #include "write/job_end.h"
 #include "write/outcome_wording.h"
 #include "write/private_copy.h"
-#include "write/rebuild.h"
-#include "write/restore_points.h"
+#include "write/track_removal.h"
 #include "write/write_gate.h"
 
 namespace marlet::TagWriter {
@@ -20,7 +20,7 @@ namespace {
 
 /// Measures the file, makes sure that it may be worked on, and claims a folder for the work.
 void begin(WriteJob& job) {
-    WriteGate::checkRequest(job.request);
+    WriteGate::checkRequest(job);
     job.outcome.before = measureInterleave(job.file());
     job.reference = FileMark::of(job.file());
     job.outcome.size = job.reference.size;
@@ -31,28 +31,21 @@ void begin(WriteJob& job) {
     job.control.checkpoint();
 }
 
-/// Leaving tracks out is a rebuild from the start.
-void checkTrackRemoval(const WriteRequest& request) {
-    if (request.dropTracks.empty()) return;
-    if (!std::holds_alternative<WriteRequest::WriteDetails>(request.mode))
-        throw MFError(Wording::tracksNeedDetails);
-    throw MFError(Rebuild::missingForTracks);
-}
-
 void runSteps(WriteJob& job) {
     begin(job);
     makePrivateCopy(job);
-    checkTrackRemoval(job.request);
-
+    const TrackRemoval removal = TrackChoice::check(job);
     const TagTarget target = intendedTags(job);
     job.outcome.changes = ChangeSummary::describe(target.old, target.atoms);
-    const Candidate candidate = buildCandidate(job, target);
+    const Candidate candidate = buildCandidate(job, target, removal);
     job.outcome.after = candidate.after;
     judge(job.request, *job.outcome.before, candidate.after, job.outcome.rebuilt);
     job.report("Checked", 0.64);
 
     if (job.request.copyTo)
         saveCopy(job, *job.request.copyTo);
+    else if (removal.isAny())
+        TrackChoice::deliver(job, removal);
     else
         InPlaceDelivery(job, candidate).run();
 }

@@ -25,7 +25,8 @@ bool isInPlace(const WriteRequest& request) {
 
 }  // namespace
 
-void checkRequest(const WriteRequest& request) {
+void checkRequest(WriteJob& job) {
+    const WriteRequest& request = job.request;
     if (!isTaggable(request.file))
         throw JobEnd(WriteOutcome::Status::skipped, Wording::notTaggable(request.file));
     if (request.dropTracks.empty()) {
@@ -33,7 +34,7 @@ void checkRequest(const WriteRequest& request) {
     } else {
         if (!request.outputDir) throw MFError(Wording::noOutputFolder);
         WriteGuard::check(*request.outputDir / "x");
-        Converter::snapshot(request.file);
+        job.sourceMark = Converter::snapshot(request.file);
     }
     if (request.copyTo) WriteGuard::check(*request.copyTo / "x");
     if (FileOps::size(request.file) == 0) throw MFError(Wording::emptyOrMissing);

@@ -11,7 +11,7 @@
 namespace marlet::WriteGate {
 
 /// Kind of file, protected places, a file that is there. Nothing is made on disk.
-void checkRequest(const WriteRequest& request);
+void checkRequest(WriteJob& job);
 /// Programs that have the file open for writing, and an earlier write that isn't finished.
 void checkNoOtherWriter(const WriteRequest& request);
 

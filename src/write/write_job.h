@@ -7,6 +7,7 @@
 #include "foundation/run_control.h"
 #include "foundation/syscalls.h"
 #include "foundation/work_area.h"
+#include "write/delivery.h"
 #include "write/write_request.h"
 
 namespace marlet {
@@ -32,6 +33,7 @@ struct WriteJob {
     const std::filesystem::path staged;     ///< proved copy of the original; the way back
     const std::filesystem::path candidate;  ///< the file as it is meant to end
     FileMark reference;                     ///< the original as it was measured
+    Converter::SrcStat sourceMark;          ///< the same, for the delivery of a new file
     WriteOutcome outcome;
 
     const std::filesystem::path& file() const { return request.file; }

@@ -117,7 +117,7 @@ WriteOutcome run(const Job& job) {
     RunControl control;
     if (!job.isConversion) return TagWriter::write(job.request, control, {});
     WriteOutcome outcome;
-    outcome.message = Rebuild::missingForConversion;
+    outcome.message = TagWriter::mp4box() ? Rebuild::noConversion : Rebuild::missingForConversion;
     return outcome;
 }
 

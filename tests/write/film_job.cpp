@@ -42,16 +42,64 @@ Movie smallMovie() {
     return movie;
 }
 
+Movie laidOut(unsigned tenthsOfSeconds) {
+    Movie movie = smallMovie();
+    movie.padding = room;
+    for (MovieTrack& track : movie.tracks) track.samplesPerChunk = tenthsOfSeconds;
+    return movie;
+}
+
 FilmJob::FilmJob(Shape shape, const std::string& name) : original_(buildMovie(shaped(shape))) {
     request.file = folder_.write(name, original_);
     request.mode = WriteRequest::WriteDetails{newDetails()};
 }
 
 void FilmJob::storeSoundTogether(unsigned tenthsOfSeconds) {
-    Movie movie = shaped(Shape::FrontWithRoom);
-    for (MovieTrack& track : movie.tracks) track.samplesPerChunk = tenthsOfSeconds;
-    original_ = buildMovie(movie);
+    setFilm(buildMovie(laidOut(tenthsOfSeconds)));
+}
+
+void FilmJob::setFilm(const Bytes& film) {
+    original_ = film;
     writeFile(request.file, original_);
+}
+
+void FilmJob::useTool(const std::string& script) {
+    fs::remove(helpers_ / "MP4Box");  // it may be a link to a real tool
+    const fs::path tool =
+        helpers_.write("MP4Box",
+                       "#!/bin/sh\nwhile [ $# -gt 3 ] || [ \"$2\" != -out ]; do\n"
+                       "  [ \"$1\" = -inter ] && slice=$2\n  shift\ndone\nin=$1 out=$3\n" +
+                           script + "\n");
+    fs::permissions(tool, fs::perms::owner_all);
+}
+
+namespace {
+
+/// A line of a shell script that writes these bytes; in octal, as every shell's printf reads it.
+std::string making(const Bytes& bytes) {
+    std::string line = "printf '";
+    for (const std::uint8_t byte : bytes) {
+        line += '\\';
+        for (const unsigned shift : {6U, 3U, 0U})
+            line += static_cast<char>('0' + ((byte >> shift) & 7U));
+    }
+    return line + "' > \"$out\"";
+}
+
+}  // namespace
+
+void FilmJob::toolMakes(const std::map<int, Bytes>& bySlice) {
+    std::string script = "case $slice in\n";
+    for (const auto& [slice, bytes] : bySlice)
+        if (slice != 0) script += std::to_string(slice) + ") " + making(bytes) + " ;;\n";
+    if (const auto others = bySlice.find(0); others != bySlice.end())
+        script += "*) " + making(others->second) + " ;;\n";
+    useTool(script + "esac");
+}
+
+void FilmJob::useOwnTool() {
+    fs::remove(helpers_ / "MP4Box");
+    fs::create_symlink(builtProgram("marlet-mux"), helpers_ / "MP4Box");
 }
 
 WriteOutcome FilmJob::write() {

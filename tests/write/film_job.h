@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/run_control.h"
+#include "foundation/tool_runner.h"
 #include "support/box_builder.h"
 #include "support/temp_folder.h"
 #include "write/write_request.h"
@@ -21,9 +22,19 @@ public:
 
     /// The film's sound is stored together for so long.
     void storeSoundTogether(unsigned tenthsOfSeconds);
+    /// Another film in its place.
+    void setFilm(const Bytes& film);
     const std::filesystem::path& file() const { return request.file; }
     Bytes original() const { return original_; }
     Bytes now() const { return readFile(request.file); }
+
+    /// The media tool is missing unless one of these was called. A script
+    /// knows $slice (milliseconds), $in (the private copy) and $out (the file to make).
+    void useTool(const std::string& script);
+    /// A tool that makes these files, whatever it is given: by slice, or for all others under 0.
+    void toolMakes(const std::map<int, Bytes>& bySlice);
+    /// The program that stands in for MP4Box.
+    void useOwnTool();
 
     WriteOutcome write();
     WriteOutcome restore();
@@ -45,12 +56,17 @@ public:
 private:
     OwnHome home_;
     TempFolder folder_;
+    TempFolder helpers_;
+    MP4BoxLocator::HelpersAt tools_{helpers_.path()};
     Bytes original_;
     std::map<std::string, std::function<void()>> actions_;
 };
 
 /// The movie behind a FilmJob: a picture track and a sound track, tagged "Old".
 Movie smallMovie();
+/// The same as a media tool lays it out: the index first, room behind it, and the samples of so
+/// many tenths of seconds together.
+Movie laidOut(unsigned tenthsOfSeconds);
 
 /// Changes one byte; the size stays, and with KeepDate the date too.
 enum class Date { Keep, Change };
