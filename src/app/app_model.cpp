@@ -106,7 +106,8 @@ void AppModel::confirm(const Path& file) {
 bool AppModel::isLocked(const ResolvedFile& file) const {
     if (RunMode::automated() || Settings::allowLibraryWrites()) return false;
     const std::string extension = Scanner::extensionOf(file.file.url);
-    const bool inPlace = extension == "mp4" || extension == "m4v";
+    const bool isMP4 = extension == "mp4" || extension == "m4v";
+    const bool inPlace = isMP4 && !tracks_.dropsAny(file.file.url);
     Path lands = file.file.url;
     if (!inPlace && !Settings::outputSameFolder()) lands = outputFolder();
     return std::any_of(lands.begin(), lands.end(),
@@ -120,6 +121,7 @@ AppModel::Path AppModel::outputFolder() {
 void AppModel::forget(const Path& file) {
     plans_.forget(file);
     drafts_.forget(file);
+    tracks_.forget(file);
     review_.forgetConfirmation(file);
 }
 

@@ -15,6 +15,7 @@
 #include "app/history.h"
 #include "app/plan_store.h"
 #include "app/review_list.h"
+#include "app/track_store.h"
 #include "app/write_queue.h"
 #include "foundation/records.h"
 #include "identify/matcher.h"
@@ -110,6 +111,10 @@ public:
     PlanStore& plans() { return plans_; }
     void analyseAll();
 
+    // Tracks that may be left out of an MP4.
+    TrackStore& tracks() { return tracks_; }
+    const TrackStore& tracks() const { return tracks_; }
+
     // Queueing and restoring.
     WriteQueue& queue() { return queue_; }
     const WriteQueue& queue() const { return queue_; }
@@ -197,6 +202,7 @@ private:
     ReviewList review_;
     DraftStore drafts_;
     PlanStore plans_;
+    TrackStore tracks_;
     std::map<SourceID, ExternalSource*> externals_;
     std::map<Path, ResolvedFile> queuedFiles_;
     Phase phase_;

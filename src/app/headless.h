@@ -14,6 +14,15 @@ namespace marlet {
 /// The command line's front end over the same model that the screens use.
 namespace Headless {
 
+/// One "--drop=": tracks that the first file whose name holds the text is to be made without.
+struct Drop {
+    std::string part;
+    std::vector<int> tracks;  ///< counted from 0 through all tracks of the file
+    bool operator==(const Drop&) const = default;
+};
+/// "PART:N,N,...", divided at the last colon. Nothing when it isn't that.
+std::optional<Drop> parseDrop(const std::string& value);
+
 /// What was asked for on the command line; all options take effect, whichever mode runs.
 struct Options {
     std::vector<std::filesystem::path> scan;
@@ -21,6 +30,7 @@ struct Options {
     std::vector<std::filesystem::path> tag;
     std::optional<std::filesystem::path> outputDir;
     std::vector<std::string> confirm;  ///< parts of file names
+    std::vector<std::string> drop;     ///< as given, "PART:N,N"
     bool confirmAll = false;
     bool ignoreTags = false;
     bool noAI = false;

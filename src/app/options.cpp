@@ -1,3 +1,4 @@
+#include <charconv>
 #include <functional>
 #include <map>
 
@@ -17,6 +18,7 @@ const std::map<std::string, Taker>& valued() {
         {"--report", [](Options& o, const std::string& value) { o.report = value; }},
         {"--tag", [](Options& o, const std::string& value) { o.tag.push_back(value); }},
         {"--output-dir", [](Options& o, const std::string& value) { o.outputDir = value; }},
+        {"--drop", [](Options& o, const std::string& value) { o.drop.push_back(value); }},
         {"--confirm", [](Options& o, const std::string& value) { o.confirm.push_back(value); }},
     };
     return table;
@@ -74,6 +76,20 @@ Options parse(const std::vector<std::string>& arguments) {
     }
     if (!scripted) options.files.assign(arguments.begin(), arguments.end());
     return options;
+}
+
+std::optional<Drop> parseDrop(const std::string& value) {
+    const std::size_t colon = value.rfind(':');
+    if (colon == std::string::npos || colon == 0) return std::nullopt;
+    Drop drop{value.substr(0, colon), {}};
+    for (const std::string& piece : Text::split(value.substr(colon + 1), ',')) {
+        int number = 0;
+        const char* end = piece.data() + piece.size();
+        const auto [stopped, failed] = std::from_chars(piece.data(), end, number);
+        if (failed != std::errc() || stopped != end || number < 0) return std::nullopt;
+        drop.tracks.push_back(number);
+    }
+    return drop;
 }
 
 std::optional<std::string> value(const std::string& option,

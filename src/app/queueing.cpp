@@ -222,7 +222,11 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     const FileDraft draft = *loaded;
 
     const std::string extension = Scanner::extensionOf(url);
-    const bool inPlace = extension == "mp4" || extension == "m4v";
+    const bool isMP4 = extension == "mp4" || extension == "m4v";
+    // Read here: a later change of a tick belongs to the next job.
+    const std::vector<int> dropped = tracks_.dropped(url);
+    const std::string summary =
+        dropped.empty() ? "details and cover art" : InPlaceTracks::summary(*tracks_.find(url));
     if (PlanStore::needsPlan(url)) {
         const CancelToken life = life_;
         plans_.analyse(url);
@@ -245,15 +249,16 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     job.request.file = url;
     job.request.fixLayout = fixLayout;
     job.request.outputDir = newFiles;
-    if (inPlace)
+    job.request.dropTracks = dropped;
+    if (isMP4)
         job.request.mode = WriteRequest::WriteDetails{atoms};
     else
         job.request.mode = ConvertRequest{url, atoms, newFiles};
     describe(job, draft.details, file);
     auto savingPoster = historyPoster(tmdb, file.match->posterPath, life_);
     job.posterPath = co_await savingPoster;
-    job.how = inPlace ? "Changed in place" : "New .m4v";
-    job.summary = "details and cover art";
+    job.how = isMP4 && dropped.empty() ? "Changed in place" : "New .m4v";
+    job.summary = summary;
     co_return Prepared{std::move(job), {}};
 }
 

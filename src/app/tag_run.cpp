@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -71,6 +72,37 @@ void applyConfirmations(AppModel& model, const Options& options) {
             wanted = wanted || Text::contains(file.file.url.filename().string(), part);
         if (wanted) model.confirm(file.file.url);
     }
+}
+
+/// Nothing, or what is wrong with the option. A track that isn't there must not lead to a write of
+/// the whole file in its place.
+Task<std::optional<std::string>> applyDrop(AppModel& model, std::string value) {
+    const auto drop = parseDrop(value);
+    if (!drop) co_return "--drop=" + value + ": not \"PART OF A NAME:TRACK,TRACK\"";
+    const std::vector<ResolvedFile> files = model.allFiles();
+    const auto found = std::ranges::find_if(files, [&](const ResolvedFile& file) {
+        return Text::contains(file.file.url.filename().string(), drop->part);
+    });
+    if (found == files.end()) co_return "--drop=" + value + ": no file of that name";
+    const std::filesystem::path file = found->file.url;
+    auto loading = model.tracks().load(file);
+    co_await loading;
+    for (const int track : drop->tracks)
+        if (!model.tracks().setKeep(file, track, false))
+            co_return "--drop=" + value + ": " + file.filename().string() +
+                " has no sound or subtitle track " + std::to_string(track);
+    co_return std::nullopt;
+}
+
+Task<bool> applyDrops(AppModel& model, std::vector<std::string> values) {
+    for (const std::string& each : values) {
+        auto applying = applyDrop(model, each);
+        const std::optional<std::string> problem = co_await applying;
+        if (!problem) continue;
+        print(*problem);
+        co_return false;
+    }
+    co_return true;
 }
 
 Task<> loadAllDrafts(AppModel& model) {
@@ -150,6 +182,9 @@ Task<> runTagTest(AppModel& model, Options options) {
     model.add(options.tag);
     auto scanning = waitForScan(model);
     co_await scanning;
+    auto dropping = applyDrops(model, options.drop);
+    const bool isClear = co_await dropping;
+    if (!isClear) co_return;
     applyConfirmations(model, options);
     if (options.planTest) {
         auto planning = timePlans(model);

@@ -39,6 +39,17 @@ TEST(Options, AValueOfTheNextArgumentMayHoldAnEqualsSignOrBeAnyTextWithoutADash)
     EXPECT_EQ(parse({"--tag", "a.mp4", "stray.mp4"}).tag, Paths{"a.mp4"});
 }
 
+TEST(Options, WhatIsToBeLeftOutIsAPartOfANameAColonAndTrackNumbers) {
+    using Headless::Drop;
+    using Headless::parseDrop;
+    EXPECT_EQ(parse({"--drop=Film:1,2", "--drop", "Other:3"}).drop,
+              (Arguments{"Film:1,2", "Other:3"}));
+    EXPECT_EQ(parseDrop("Film:1,2"), (Drop{"Film", {1, 2}}));
+    EXPECT_EQ(parseDrop("Film: A Sequel:4"), (Drop{"Film: A Sequel", {4}}));
+    for (const char* bad : {"Film", ":1", "Film:", "Film:1,", "Film:x", "Film:1 ", "Film:-1", ""})
+        EXPECT_FALSE(parseDrop(bad)) << bad;
+}
+
 TEST(Options, RepeatableOptionsGather) {
     EXPECT_EQ(parse({"--tag", "a", "--tag=b"}).tag, (Paths{"a", "b"}));
     EXPECT_EQ(parse({"--confirm=x", "--confirm=y"}).confirm, (Arguments{"x", "y"}));

@@ -8,6 +8,7 @@
 
 #include "app/history.h"
 #include "foundation/errors.h"
+#include "foundation/tool_runner.h"
 #include "foundation/work_area.h"
 #include "support/qt_app.h"
 #include "support/temp_folder.h"
@@ -373,7 +374,9 @@ TEST_F(WriteQueueTest, AWorkerThatThrowsIsAFailedJobAndTheRunGoesOn) {
     EXPECT_EQ(queue.jobs()[0].outcome->message, "broken");
 }
 
-TEST_F(WriteQueueTest, AConversionNeedsTheMediaToolWhichThisBuildLacks) {
+TEST_F(WriteQueueTest, AConversionNeedsTheMediaTool) {
+    const TempFolder empty;
+    const MP4BoxLocator::HelpersAt none(empty.path());
     WriteQueue queue(history_);
     WriteQueue::Job convert = job("a.mkv");
     convert.request.mode = ConvertRequest{"/films/a.mkv", {}, "/out"};

@@ -1,0 +1,41 @@
+#include "app/track_store.h"
+
+#include <algorithm>
+
+#include "identify/scanner.h"
+
+namespace marlet {
+
+Task<> TrackStore::load(Path file) {
+    const std::string extension = Scanner::extensionOf(file);
+    if (tracks_.contains(file) || (extension != "mp4" && extension != "m4v")) co_return;
+    std::function<std::vector<InPlaceTrack>()> work = [file] { return InPlaceTracks::read(file); };
+    auto reading = Async::onWorker(std::move(work));
+    std::vector<InPlaceTrack> tracks = co_await reading;
+    // A loading that ended earlier may hold ticks already.
+    tracks_.try_emplace(file, std::move(tracks));
+}
+
+const std::vector<InPlaceTrack>* TrackStore::find(const Path& file) const {
+    const auto found = tracks_.find(file);
+    return found == tracks_.end() ? nullptr : &found->second;
+}
+
+bool TrackStore::setKeep(const Path& file, int index, bool keep) {
+    const auto found = tracks_.find(file);
+    if (found == tracks_.end()) return false;
+    const auto track = std::ranges::find(found->second, index, &InPlaceTrack::index);
+    if (track == found->second.end()) return false;
+    track->keep = keep;
+    return true;
+}
+
+std::vector<int> TrackStore::dropped(const Path& file) const {
+    std::vector<int> indices;
+    if (const auto* tracks = find(file))
+        for (const InPlaceTrack& track : *tracks)
+            if (!track.keep) indices.push_back(track.index);
+    return indices;
+}
+
+}  // namespace marlet
