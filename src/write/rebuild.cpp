@@ -123,10 +123,10 @@ private:
 
     /// The journal may name it from here on.
     void finish() const {
-        Durable::flushFile(output_);
-        Durable::rename(output_, job_.candidate);
         std::error_code ignored;
         fs::remove_all(bench_, ignored);
+        Durable::flushFile(output_);
+        Durable::rename(output_, job_.candidate);
     }
 
     WriteJob& job_;

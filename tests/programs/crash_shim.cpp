@@ -3,6 +3,8 @@
 //   CRASH_AT=n       before the nth changing call
 //   CRASH_TORN_AT=n  in the middle of the nth write: half of its bytes get through
 //   CRASH_LOG=path   one line a call: name, tab, path[, tab, second path]
+// It acts in the program's own process alone: not in a media tool that it starts, nor in the child
+// that is about to become one.
 // Calls go straight to the kernel, so nothing of the C library has to be found again.
 #include <signal.h>
 #include <sys/syscall.h>
@@ -36,14 +38,31 @@ long numberIn(const char* variable) {
     for (;;) ::syscall(SYS_kill, ::syscall(SYS_getpid), SIGKILL);
 }
 
+const long owner = ::syscall(SYS_getpid);
+
+/// The environment, and with it the shim, goes on to the media tools.
+bool isMediaTool() {
+    char path[4096];
+    const long size = ::syscall(SYS_readlinkat, atWorkFolder, "/proc/self/exe", path, sizeof path);
+    const std::string program(path, size > 0 ? static_cast<std::size_t>(size) : 0);
+    return program.ends_with("/marlet-mux") || program.ends_with("/MP4Box");
+}
+
+bool isAtWork() {
+    static const bool isTool = isMediaTool();
+    return !isTool && ::syscall(SYS_getpid) == owner;
+}
+
 /// Called at the head of each changing call.
 void count() {
+    if (!isAtWork()) return;
     static std::atomic<long> calls{0};
     static const long last = numberIn("CRASH_AT");
     if (++calls == last) die();
 }
 
 bool isTorn() {
+    if (!isAtWork()) return false;
     static std::atomic<long> writes{0};
     static const long last = numberIn("CRASH_TORN_AT");
     return ++writes == last;
@@ -62,6 +81,7 @@ std::string pathAt(int folder, const char* path) {
 }
 
 void log(const std::string& line) {
+    if (!isAtWork()) return;
     static const char* place = std::getenv("CRASH_LOG");
     if (place == nullptr) return;
     static const int fd =

@@ -21,7 +21,8 @@ std::vector<std::string> ProgramRun::Result::lines(const std::string& start) con
 
 std::unique_ptr<Process> ProgramRun::start(const std::string& program,
                                            const std::vector<std::string>& arguments) const {
-    return std::make_unique<Process>(builtProgram(program), arguments, environment);
+    const std::filesystem::path at = programs.empty() ? builtProgram(program) : programs / program;
+    return std::make_unique<Process>(at, arguments, environment);
 }
 
 ProgramRun::Result ProgramRun::marlet(const std::vector<std::string>& arguments) const {

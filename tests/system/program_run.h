@@ -34,6 +34,8 @@ public:
     const std::filesystem::path& library() const { return library_.path(); }
     CatalogueServer& catalogue() { return catalogue_; }
     std::map<std::string, std::string> environment;
+    /// Where the programs are taken from; empty: the build itself.
+    std::filesystem::path programs;
 
 private:
     OwnHome home_;
