@@ -1,63 +1,20 @@
 #include "helpers/relayout.h"
 
-#include <algorithm>
 #include <functional>
-#include <limits>
 #include <vector>
 
 #include "foundation/errors.h"
 #include "helpers/chunk_check.h"
-#include "helpers/index_writer.h"
 #include "helpers/interleave.h"
-#include "helpers/layout_plan.h"
 #include "helpers/media_reader.h"
 #include "helpers/movie_map.h"
 #include "helpers/new_file.h"
+#include "helpers/new_layout.h"
 #include "helpers/source_file.h"
 
 namespace marlet::Relayout {
 
 namespace {
-
-constexpr std::uint64_t most32 = std::numeric_limits<std::uint32_t>::max();
-
-/// Where things stand in the result.
-struct Places {
-    std::uint64_t padding = 0;
-    std::uint64_t mediaHeader = 0;  ///< 8 or 16; 0 without media data
-    std::uint64_t mediaAt = 0;      ///< first byte of media data
-};
-
-Places placesOf(const SourceFile& file, const Request& request, const LayoutPlan& plan,
-                std::uint64_t indexSize) {
-    Places places;
-    places.padding = request.padding == 0 ? 0 : std::max<std::uint64_t>(request.padding, 8);
-    const bool isWide = file.wideMedia || plan.mediaBytes > most32 - 8;
-    places.mediaHeader = file.media.empty() ? 0 : isWide ? 16 : 8;
-    places.mediaAt =
-        (file.ftyp ? file.ftyp->size : 0) + indexSize + places.padding + places.mediaHeader;
-    return places;
-}
-
-/// The index whose offsets have the width that they need. A longer index moves the media, which
-/// may make another table wide; tables never become narrow again, so this ends.
-NewIndex makeIndex(const SourceFile& file, const Request& request, const MovieMap& map,
-                   const LayoutPlan& plan) {
-    std::vector<bool> wide;
-    for (const MappedTrack& track : map.tracks) wide.push_back(track.tables.wideOffsets);
-    for (;;) {
-        NewIndex index = IndexWriter::write(file.moov, map, plan, wide);
-        const std::uint64_t base = placesOf(file, request, plan, index.moov.size()).mediaAt;
-        bool changed = false;
-        for (std::size_t t = 0; t < wide.size(); t++) {
-            if (wide[t] || plan.tracks[t].lastAt + base <= most32) continue;
-            wide[t] = changed = true;
-        }
-        if (changed) continue;
-        IndexWriter::fillOffsets(index, map, request.sliceMilliseconds, base);
-        return index;
-    }
-}
 
 void appendHeader(NewFile& out, const char (&type)[5], std::uint64_t size, std::uint64_t header) {
     Bytes bytes;
@@ -127,9 +84,9 @@ std::vector<std::uint64_t> shares(const SourceFile& file, const MovieMap& map) {
 }
 
 void writeFile(const SourceFile& file, const Request& request, const MovieMap& map,
-               const LayoutPlan& plan, const NewIndex& index, const Progress& progress) {
-    const Places places = placesOf(file, request, plan, index.moov.size());
-    std::uint64_t total = places.mediaAt + plan.mediaBytes;
+               const NewLayout& layout, const Progress& progress) {
+    const NewLayout::Places& places = layout.places;
+    std::uint64_t total = places.mediaAt + places.mediaBytes;
     for (const FilePart& part : file.others) total += part.size;
 
     NewFile out(request.output);
@@ -141,13 +98,13 @@ void writeFile(const SourceFile& file, const Request& request, const MovieMap& m
     const std::size_t outsideTracks = map.tracks.size();
     if (file.ftyp) copy.add(outsideTracks, *file.ftyp);
     copy.flush();
-    out.append(index.moov);
+    out.append(layout.index.moov);
     if (places.padding > 0) {
         appendHeader(out, "free", places.padding, 8);
         out.appendZeros(places.padding - 8);
     }
     if (places.mediaHeader > 0)
-        appendHeader(out, "mdat", plan.mediaBytes + places.mediaHeader, places.mediaHeader);
+        appendHeader(out, "mdat", places.mediaBytes + places.mediaHeader, places.mediaHeader);
     copyMedia(map, request, copy, out);
     for (const FilePart& part : file.others) copy.add(outsideTracks, part);
     copy.flush();
@@ -170,9 +127,9 @@ void run(const Request& request, const Progress& progress) {
     refuseSameFile(file, request.output);
     const MovieMap map = MovieMaps::read(file.moov, request.removedTracks);
     ChunkCheck::run(map, file.media);
-    const LayoutPlan plan = LayoutPlans::make(map, request.sliceMilliseconds, file.moov.size());
-    const NewIndex index = makeIndex(file, request, map, plan);
-    writeFile(file, request, map, plan, index, progress);
+    const NewLayout layout =
+        NewLayouts::make(file, map, request.sliceMilliseconds, request.padding);
+    writeFile(file, request, map, layout, progress);
 }
 
 }  // namespace marlet::Relayout
