@@ -49,6 +49,18 @@ row() {
     say "  $1: $2, $3: ratio $(calc "$4" '%.3f'), goal $goal, $verdict"
 }
 
+# row_of_times NAME OURS PEER [GOAL]: of two labels.
+row_of_times() {
+    local ours=${best[$2/wall_ms]} peer=${best[$3/wall_ms]}
+    row "$1" "$(seconds "$ours")" "$(seconds "$peer")" "$(calc "$ours / $peer")" "${4:-}"
+}
+
+# row_of_memory NAME LABEL MEBIBYTES
+row_of_memory() {
+    local kib=${best[$2/peak_kib]}
+    row "$1, of $3 MiB" "$(calc "$kib / 1024" '%.1f MiB')" "$3 MiB" "$(calc "$kib / 1024 / $3")" 1
+}
+
 # What can't be measured here says so in the table.
 row_missing() { rows+=("$1"$'\t'"-"$'\t'"-"$'\t'"-"$'\t'"at most $2"$'\t'"not measured here: $3"); }
 

@@ -25,14 +25,3 @@ measure_bulk() {
     row_of_memory "memory of stage" stage 48
     row_of_memory "memory of compare" equal 48
 }
-
-row_of_times() {
-    local ours=${best[$2/wall_ms]} peer=${best[$3/wall_ms]}
-    row "$1" "$(seconds "$ours")" "$(seconds "$peer")" "$(calc "$ours / $peer")" "${4:-}"
-}
-
-# row_of_memory NAME LABEL MEBIBYTES
-row_of_memory() {
-    local kib=${best[$2/peak_kib]}
-    row "$1, of $3 MiB" "$(calc "$kib / 1024" '%.1f MiB')" "$3 MiB" "$(calc "$kib / 1024 / $3")" 1
-}
