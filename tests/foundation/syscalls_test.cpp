@@ -55,6 +55,34 @@ TEST(Syscalls, AFaultForOneFileLeavesTheOthersAlone) {
     EXPECT_EQ(errno, EIO);
 }
 
+TEST(Syscalls, ANameIsTakenOnlyWhileItIsFree) {
+    const TempFolder folder;
+    const auto from = folder.write("from", "new");
+    const auto taken = folder.write("taken", "old");
+    EXPECT_EQ(Sys::renameIfFree(from, taken), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(Sys::link(from, taken), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(test::readFile(taken), bytesOf("old"));
+    EXPECT_EQ(Sys::link(from, folder / "second"), 0);
+    EXPECT_EQ(Sys::renameIfFree(from, folder / "free"), 0);
+    EXPECT_EQ(test::readFile(folder / "free"), bytesOf("new"));
+    EXPECT_EQ(test::readFile(folder / "second"), bytesOf("new"));
+}
+
+TEST(Syscalls, CallsWithTwoPathsFailByEitherOfThem) {
+    const TempFolder folder;
+    const auto from = folder.write("from", "new");
+    for (const auto& path : {from, folder / "to"}) {
+        const Fault noRename(Call::RenameIfFree, EINVAL, 1, true, path);
+        const Fault noLink(Call::Link, EPERM, 1, true, path);
+        EXPECT_EQ(Sys::renameIfFree(from, folder / "to"), -1);
+        EXPECT_EQ(errno, EINVAL);
+        EXPECT_EQ(Sys::link(from, folder / "to"), -1);
+        EXPECT_EQ(errno, EPERM);
+    }
+}
+
 TEST(Syscalls, AFaultIsFoundThroughALinkToItsFile) {
     const TempFolder folder;
     create_directory(folder / "real");

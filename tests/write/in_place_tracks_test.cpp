@@ -11,7 +11,6 @@
 #include "support/box_reader.h"
 #include "support/media.h"
 #include "support/temp_folder.h"
-#include "write/sound_channels.h"
 #include "write/track_film.h"
 
 namespace marlet::test {
@@ -53,21 +52,6 @@ std::string nameOf(std::string_view name) {
     return nameOf(joined({bytesOf(name), Bytes{0}}));
 }
 
-InPlaceTrack sound(std::string language, int channels, std::string codec, std::string name = "") {
-    InPlaceTrack track;
-    track.language = std::move(language);
-    track.channels = channels;
-    track.codec = std::move(codec);
-    track.name = std::move(name);
-    return track;
-}
-
-InPlaceTrack subtitle(std::string language, std::string name = "") {
-    InPlaceTrack track = sound(std::move(language), 0, "tx3g", std::move(name));
-    track.kind = Kind::subtitle;
-    return track;
-}
-
 TEST(InPlaceTracks, SoundAndSubtitlesAreOfferedAndNothingElse) {
     std::vector<MovieTrack> tracks;
     for (const char* handler : {"vide", "soun", "sbtl", "text", "subt", "clcp", "tmcd", "hint"})
@@ -89,8 +73,11 @@ TEST(InPlaceTracks, ATrackIsReadWithAllItsFields) {
     track.altGroup = 3;
     track.codec = "ac-3";
     track.entry = soundEntry({}, 0, 6);
-    InPlaceTrack wanted = sound("fre", 6, "ac-3");
+    InPlaceTrack wanted;
     wanted.id = 1;
+    wanted.language = "fre";
+    wanted.codec = "ac-3";
+    wanted.channels = 6;
     wanted.altGroup = 3;
     EXPECT_THAT(readTracks({track}), ElementsAre(wanted));
     track.flags = 3;
@@ -163,102 +150,6 @@ TEST(InPlaceTracks, ANameThatIsCountedAsInQuickTimeLosesItsCount) {
     EXPECT_EQ(nameOf(joined({Bytes{7}, bytesOf("English")})), "English");
     EXPECT_EQ(nameOf(joined({Bytes{12}, bytesOf("SoundHandler")})), "");
     EXPECT_EQ(nameOf(joined({Bytes{9}, bytesOf("English")})), "\tEnglish");
-}
-
-TEST(SoundChannels, AreReadFromTheSampleEntry) {
-    const auto stsd = [](const Bytes& entry) {
-        return joined({Bytes(4), be32(1), box("ac-3", entry)});
-    };
-    EXPECT_EQ(soundChannels(stsd(soundEntry({}, 0, 6))), 6);
-    EXPECT_EQ(soundChannels(stsd(soundEntry({}, 0, 2))), 2);
-    EXPECT_EQ(soundChannels({}), 0);
-    // One byte short of the field's end.
-    const Bytes whole = stsd(soundEntry({}, 0, 2));
-    EXPECT_EQ(soundChannels(ByteView(whole).first(34)), 2);
-    EXPECT_EQ(soundChannels(ByteView(whole).first(33)), 0);
-}
-
-TEST(SoundChannels, TheCodecsOwnConfigurationKnowsBetterThanTheTemplate) {
-    struct Case {
-        std::string_view codec;
-        Bytes box;
-        int channels;
-    };
-    const Case cases[] = {
-        {"ac-3", box("dac3", Bytes{0x10, 0x3D, 0xE0}), 6},              // 3/2 and low frequencies
-        {"ac-3", box("dac3", Bytes{0x10, 0x11, 0x40}), 2},              // 2/0
-        {"ac-3", box("dac3", Bytes{0x10, 0x09, 0x40}), 1},              // 1/0
-        {"ec-3", box("dec3", Bytes{0x0E, 0x00, 0x20, 0x0F, 0x00}), 6},  // 5.1
-        {"ec-3", box("dec3", Bytes{0x0E, 0x00, 0x20, 0x0F, 0x02, 0x02}), 8},  // and a pair more
-        {"mp4a", esdsBox(1, Sizes::Padded, 6), 6},
-        {"mp4a", esdsBox(1, Sizes::Short, 7), 8},
-        {"mp4a", esdsBox(1, Sizes::Padded, 1), 1},
-        {"mp4a", esdsBox(1, Sizes::Padded, 0), 2},  // told by the stream itself
-    };
-    for (const Case& example : cases) {
-        const Bytes stsd = joined({Bytes(4), be32(1), box(example.codec, soundEntry(example.box))});
-        EXPECT_EQ(soundChannels(stsd), example.channels)
-            << example.codec << " " << toHex(example.box);
-    }
-}
-
-TEST(TrackLayout, ReadsAsAPersonSaysIt) {
-    const auto layout = [](int channels) { return sound("eng", channels, "mp4a").layout(); };
-    EXPECT_EQ(layout(1), "Mono");
-    EXPECT_EQ(layout(2), "Stereo");
-    EXPECT_EQ(layout(6), "Surround 5.1");
-    EXPECT_EQ(layout(7), "Surround 5.1");
-    EXPECT_EQ(layout(8), "Surround 7.1");
-    EXPECT_EQ(layout(24), "Surround 7.1");
-    EXPECT_EQ(layout(0), "0 channels");
-    EXPECT_EQ(layout(4), "4 channels");
-}
-
-TEST(TrackLabel, TellsLanguageLayoutAndCodecOfSound) {
-    EXPECT_EQ(sound("eng", 6, "ac-3").label(), "English · Surround 5.1 · AC3");
-    EXPECT_EQ(sound("fre", 2, "mp4a").label(), "French · Stereo · AAC");
-    EXPECT_EQ(sound("und", 8, "ec-3").label(), "Unknown · Surround 7.1 · E-AC3");
-    EXPECT_EQ(sound("isl", 0, "raw ").label(), "ISL · raw");
-    EXPECT_EQ(sound("eng", 0, "").label(), "English");
-}
-
-TEST(TrackLabel, TellsTheLanguageOfSubtitles) {
-    EXPECT_EQ(subtitle("ger").label(), "German");
-}
-
-TEST(TrackLabel, SaysForcedForeignOrCommentaryWhenTheNameDoes) {
-    EXPECT_EQ(subtitle("eng", "Forced").label(), "English (forced)");
-    EXPECT_EQ(subtitle("eng", "Foreign parts").label(), "English (foreign)");
-    EXPECT_EQ(subtitle("eng", "forced, FOREIGN").label(), "English (forced, foreign)");
-    EXPECT_EQ(sound("eng", 2, "mp4a", "Commentary").label(), "English (commentary) · Stereo · AAC");
-}
-
-TEST(TrackLabel, TellsWhatElseTheNameSays) {
-    EXPECT_EQ(sound("eng", 2, "mp4a", "Director's commentary").label(),
-              "English (commentary) · Stereo · AAC · Director's commentary");
-    EXPECT_EQ(subtitle("eng", "English SDH").label(), "English · SDH (for the hard of hearing)");
-}
-
-TEST(TrackLabel, SaysNothingTwice) {
-    EXPECT_EQ(subtitle("fre", "Français").label(), "French");
-    EXPECT_EQ(sound("eng", 6, "ac-3", "English · Surround 5.1").label(),
-              "English · Surround 5.1 · AC3");
-}
-
-TEST(TrackSummary, CountsWhatStays) {
-    EXPECT_EQ(
-        InPlaceTracks::summary({sound("eng", 2, "mp4a"), sound("fre", 2, "mp4a"), subtitle("eng")}),
-        "2 sounds, 1 subtitle");
-    EXPECT_EQ(InPlaceTracks::summary({}), "0 sounds, 0 subtitles");
-}
-
-TEST(TrackSummary, TellsHowManyAreLeftOut) {
-    std::vector<InPlaceTrack> tracks = {sound("eng", 2, "mp4a"), sound("fre", 2, "mp4a"),
-                                        subtitle("eng"), subtitle("fre")};
-    tracks[1].keep = false;
-    EXPECT_EQ(InPlaceTracks::summary(tracks), "1 sound, 2 subtitles, 1 removed");
-    tracks[2].keep = tracks[3].keep = false;
-    EXPECT_EQ(InPlaceTracks::summary(tracks), "1 sound, 0 subtitles, 3 removed");
 }
 
 class EnableTracks : public testing::Test {

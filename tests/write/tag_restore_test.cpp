@@ -3,8 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <functional>
+#include <optional>
 
 #include "foundation/errors.h"
 #include "foundation/syscalls.h"
@@ -12,7 +13,6 @@
 #include "support/box_reader.h"
 #include "support/media.h"
 #include "support/temp_folder.h"
-#include "write/index_edit.h"
 
 namespace marlet::test {
 
@@ -322,28 +322,6 @@ TEST_F(TagRestoreTest, AWideOffsetThatWouldWrapIsRefused) {
     film.tables = co64Box({~std::uint64_t{0} - 99});
     after_ = film.bytes();
     EXPECT_EQ(failure(), "bad chunk offset table");
-}
-
-TEST(IndexEdit, AShortHeaderHasNoRoomForASizeAbove4GB) {
-    EXPECT_EQ(IndexEdit::moovHeader(0xFFFFFFFF, 8), joined({be32(0xFFFFFFFF), bytesOf("moov")}));
-    try {
-        IndexEdit::moovHeader(0x100000000, 8);
-        FAIL() << "no failure";
-    } catch (const MFError& error) {
-        EXPECT_EQ(error.description(), "moov too large");
-    }
-    EXPECT_EQ(IndexEdit::moovHeader(0x100000000, 16),
-              joined({be32(1), bytesOf("moov"), be64(0x100000000)}));
-}
-
-TEST(IndexEdit, APlaceCanNotGoBelowTheStartOfTheFile) {
-    Bytes moov = trakOf(stcoBox({5}));
-    try {
-        IndexEdit::shiftOffsets(moov, 0, -6);
-        FAIL() << "no failure";
-    } catch (const MFError& error) {
-        EXPECT_EQ(error.description(), "bad chunk offset table");
-    }
 }
 
 TEST_F(TagRestoreTest, ARebuiltFileThatCannotBeOpenedIsToldSo) {
