@@ -91,12 +91,17 @@ void Mix::run(std::span<const float> in, std::size_t row, std::span<float> out) 
 }
 
 float peak(std::span<const float> samples) {
-    float highest = 0;
-    for (const float sample : samples) {
+    // Side by side: one highest sample after the other would wait for each comparison's end.
+    std::array<float, 16> highest{};
+    const auto raise = [&](std::size_t lane, float sample) {
         const float height = std::fabs(sample);
-        highest = height > highest ? height : highest;
-    }
-    return highest;
+        highest[lane] = height > highest[lane] ? height : highest[lane];
+    };
+    std::size_t i = 0;
+    for (; i + highest.size() <= samples.size(); i += highest.size())
+        for (std::size_t lane = 0; lane < highest.size(); lane++) raise(lane, samples[i + lane]);
+    for (; i < samples.size(); i++) raise(0, samples[i]);
+    return std::ranges::max(highest);
 }
 
 }  // namespace marlet::AudioConvert

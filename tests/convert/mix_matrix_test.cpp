@@ -101,5 +101,15 @@ TEST(Peak, IsTheHighestAbsoluteSample) {
         0.25F);
 }
 
+TEST(Peak, IsFoundWhereverItStands) {
+    for (std::size_t size = 1; size < 70; size++) {
+        for (std::size_t at = 0; at < size; at++) {
+            std::vector<float> samples(size, 0.125F);
+            samples[at] = -0.75F;
+            ASSERT_EQ(AudioConvert::peak(samples), 0.75F) << at << " of " << size;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace marlet::test
