@@ -32,14 +32,17 @@ std::uint64_t tableBytes(const MP4Summary& summary) {
     return bytes;
 }
 
-/// The tracks of these indices, in their order; false when one isn't there.
+/// The tracks of these indices, in their order; false when one isn't there, or is named twice.
 bool cutDown(std::vector<Track>& tracks, const std::vector<int>& keep) {
+    std::vector<bool> isTaken(tracks.size());
     std::vector<Track> kept;
     for (const int index : keep) {
-        const auto found = std::ranges::find(tracks, index, &Track::index);
-        if (found == tracks.end()) return false;
+        const auto found = std::ranges::lower_bound(tracks, index, {}, &Track::index);
+        if (found == tracks.end() || found->index != index) return false;
+        const auto place = static_cast<std::size_t>(found - tracks.begin());
+        if (isTaken[place]) return false;
+        isTaken[place] = true;
         kept.push_back(std::move(*found));
-        tracks.erase(found);
     }
     tracks = std::move(kept);
     return true;

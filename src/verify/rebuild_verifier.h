@@ -29,8 +29,10 @@ struct RebuildTerms {
 };
 
 /// Proves that `rebuilt` holds what `original` holds: structure, every table, tags, chapters, and a
-/// SHA-256 over the samples of every track. Throws MFError when a file can't be read, and
-/// CancelError. Progress is "Verifying", 0.55 to 0.85.
+/// SHA-256 over the samples of every track. Beyond the tables it refuses what else would change
+/// playback: time scales, references between tracks, the use of sample descriptions, headers that
+/// players read, an index that only forgiving readers walk. Films in fragments are refused. Throws
+/// MFError when a file can't be read, and CancelError. Progress is "Verifying", 0.55 to 0.85.
 VerifyReport verifyRebuild(const std::filesystem::path& original,
                            const std::filesystem::path& rebuilt, const RebuildTerms& terms,
                            RunControl& control, const StepProgress& progress = {});
