@@ -46,7 +46,7 @@ TEST_F(ToolSandboxTest, AGoodRunReadsItsFilmAndFillsItsFolder) {
                                   tool_.in("a"),
                                   "append",
                                   tool_.in("a"),
-                                  "truncate",
+                                  "rewrite",
                                   tool_.in("a"),
                                   "folder",
                                   tool_.in("sub"),
@@ -61,7 +61,7 @@ TEST_F(ToolSandboxTest, AGoodRunReadsItsFilmAndFillsItsFolder) {
                                   tool_.in("."),
                                   "thread"});
     EXPECT_EQ(text,
-              "read: ok\ncreate: ok\nappend: ok\ntruncate: ok\nfolder: ok\nrename: ok\nread: ok\n"
+              "read: ok\ncreate: ok\nappend: ok\nrewrite: ok\nfolder: ok\nrename: ok\nread: ok\n"
               "remove: ok\nlist: ok\nthread: ok\n");
 }
 
@@ -85,8 +85,12 @@ TEST_F(ToolSandboxTest, TheInputItselfCantBeChanged) {
 }
 
 TEST_F(ToolSandboxTest, TheInputCantBeCutShort) {
-    SKIP_WITHOUT_LANDLOCK(3);
-    EXPECT_EQ(run({"truncate", film_}), "truncate: EACCES\n");
+    // Below version 3 Landlock lets both of the first through; the filter doesn't, wherever it is.
+    SKIP_WITHOUT_LANDLOCK(1);
+    EXPECT_EQ(run({"truncate", film_, "cut", film_, "rewrite", film_}),
+              "truncate: EACCES\ncut: EACCES\nrewrite: EACCES\n");
+    EXPECT_EQ(run({"create", tool_.in("own"), "truncate", tool_.in("own"), "cut", tool_.in("own")}),
+              "create: ok\ntruncate: EACCES\ncut: EACCES\n");
     EXPECT_EQ(textOf(test::readFile(film_)), "the film");
 }
 

@@ -2,12 +2,10 @@
 // went ("read: ok", "read: EACCES").
 //   print TEXT, complain TEXT      on standard output, on standard error
 //   exit N, die SIGNAL             the end
-//   read P, list P, append P, create P, truncate P, remove P, folder P, chmod P, run P
-//   link P TO, symlink P TO, rename P TO
-//   ready P                        writes its process id to the file P
-//   hold                           waits for a signal for ever
-//   await P                        waits until the file P is there
-//   count                          from now on counts SIGCONT; "counted" tells
+//   read P, list P, append P, create P, truncate P, cut P, rewrite P, remove P, folder P, chmod P,
+//   run P link P TO, symlink P TO, rename P TO ready P                        writes its process id
+//   to the file P hold                           waits for a signal for ever await P waits until
+//   the file P is there count                          from now on counts SIGCONT; "counted" tells
 //   deaf                           from now on ignores SIGTERM
 //   env NAME, status FIELD, descriptors, signals, thread, socket, bus, namespace, reach PID, peek
 //   PID child P                        starts a process that writes its id to P and holds stray
@@ -141,6 +139,8 @@ const std::map<Text, std::function<int(const Text&)>> withOne = {
     {"append", [](const Text& path) { return canOpen(path, O_WRONLY | O_APPEND); }},
     {"create", [](const Text& path) { return canOpen(path, O_WRONLY | O_CREAT | O_EXCL); }},
     {"truncate", [](const Text& path) { return ::truncate(path.c_str(), 0); }},
+    {"cut", [](const Text& path) { return canOpen(path, O_RDONLY | O_TRUNC); }},
+    {"rewrite", [](const Text& path) { return canOpen(path, O_WRONLY | O_TRUNC); }},
     {"remove", [](const Text& path) { return ::unlink(path.c_str()); }},
     {"folder", [](const Text& path) { return ::mkdir(path.c_str(), 0700); }},
     {"chmod", [](const Text& path) { return ::chmod(path.c_str(), 0777); }},
