@@ -32,12 +32,20 @@ public:
 
     NewIndex write() {
         index_.offsets.resize(map_.tracks.size());
-        index_.moov.reserve(moov_.size() + moov_.size() / 8);
+        index_.moov.reserve(moov_.size() + newTables());
         container(map_.root, [this](const RawBox& child) { return movieBox(child); });
         return std::move(index_);
     }
 
 private:
+    /// Bytes of the new chunk tables at most: growing step by step would cost the index once more.
+    std::size_t newTables() const {
+        std::size_t bytes = 0;
+        for (const PlannedTrack& track : plan_.tracks)
+            bytes += 32 + track.rows.size() * 12 + std::size_t{track.chunks} * 8;
+        return bytes;
+    }
+
     /// True when it wrote the box, or left it out; false when it is to be copied.
     using Change = std::function<bool(const RawBox& child)>;
 
