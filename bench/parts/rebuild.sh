@@ -1,0 +1,34 @@
+# shellcheck shell=bash disable=SC2154
+# Laying out anew a film whose sound lies behind its picture, from a cold cache, to FFmpeg's copying
+# of all packets, which writes the tracks side by side too. Real packets, repeated: FFmpeg reads them.
+
+apart_film() {
+    apart=$work/apart.mp4
+    local clip=$work/clip.mp4 film=$work/looped.mp4 loops
+    say "Making a film of $gib GiB whose sound lies behind its picture"
+    ffmpeg -y -v error -nostdin -f lavfi -i testsrc2=size=1920x1080:rate=25:duration=20 \
+        -f lavfi -i sine=sample_rate=48000:duration=20 -c:v libx264 -preset ultrafast -qp 8 \
+        -pix_fmt yuv420p -c:a aac -b:a 192k "$clip"
+    loops=$(calc "$gib * 1073741824 / $(stat -c %s "$clip")" '%d')
+    ffmpeg -y -v error -nostdin -stream_loop "$loops" -i "$clip" -c copy "$film"
+    "$programs/store_apart" "$film" "$apart"
+    rm -f "$clip" "$film"
+}
+
+measure_rebuild() {
+    apart_film
+    local rebuilt=$work/rebuilt.mp4 i
+    say "Laying it out anew"
+    for ((i = 0; i < turns; i++)); do
+        cold "$apart"
+        turn rebuild "$programs/marlet-mux" -tmp "$work" -inter 500 -moovpad 4096 "$apart" \
+            -out "$rebuilt"
+        rm -f "$rebuilt"
+        cold "$apart"
+        turn "ffmpeg copy" ffmpeg -y -v error -nostdin -i "$apart" -map 0 -c copy "$rebuilt"
+        rm -f "$rebuilt"
+    done
+    rm -f "$apart"
+    row_of_times "rebuild, to ffmpeg -c copy" rebuild "ffmpeg copy" 0.8
+    row_of_memory "memory of the rebuild" rebuild 64
+}
