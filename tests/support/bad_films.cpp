@@ -63,6 +63,13 @@ const std::vector<BadFilm>& badFilms() {
          {"testsrc2=size=64x36:rate=25", "sine=sample_rate=48000"},
          false,
          1.5},
+        {"ItunesBrand",
+         with(h264, {"-c:a", "aac"}),
+         Layout::soundBehindPicture,
+         {"testsrc2=size=64x36:rate=25", "sine=sample_rate=48000"},
+         false,
+         0,
+         ".m4v"},
         {"OldDates",
          with(h264, {"-c:a", "aac", "-metadata", "creation_time=2004-05-06T07:08:09Z"})},
     };

@@ -17,6 +17,7 @@ struct BadFilm {
     std::vector<std::string> inputs = {"testsrc2=size=64x36:rate=25", "sine=sample_rate=48000"};
     bool chapters = false;
     double soundStart = 0;  ///< seconds behind the picture's start
+    std::string extension = ".mp4";
 };
 
 /// Codecs, two languages, chapters, edit lists: what libraries hold.

@@ -33,9 +33,9 @@ protected:
             GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
         bundle_ = std::make_unique<Bundle>(GetParam().tools);
         run_.programs = bundle_->program("marlet").parent_path();
-        file_ = run_.library() / "Charade (1963).mp4";
+        file_ = run_.library() / ("Charade (1963)" + GetParam().film.extension);
         makeBadFilm(GetParam().film, file_);
-        original_ = originals_ / "Charade.mp4";
+        original_ = originals_ / ("Charade" + GetParam().film.extension);
         fs::copy_file(file_, original_);
     }
 
