@@ -9,6 +9,7 @@
 #include "foundation/syscalls.h"
 #include "foundation/text.h"
 #include "identify/probe.h"
+#include "matroska/ebml.h"
 
 namespace marlet::EBML {
 
@@ -46,47 +47,24 @@ public:
 
     /// Nothing at the end, and where no element can be read.
     std::optional<Element> next() {
-        const auto id = readID();
+        const auto id = readID(rest_, 0);
         if (!id) return std::nullopt;
-        Element element;
-        element.id = *id;
-        const auto size = readSize(element.unknownSize);
+        const auto size = readSize(rest_, id->width);
         if (!size) return std::nullopt;
-        element.whole = element.unknownSize || *size <= rest_.size();
-        const std::size_t length =
-            element.unknownSize || !element.whole ? rest_.size() : static_cast<std::size_t>(*size);
+        rest_ = rest_.subspan(id->width + size->width);
+        Element element;
+        element.id = id->value;
+        element.unknownSize = size->isUnknown;
+        element.whole = size->isUnknown || size->value <= rest_.size();
+        const std::size_t length = size->isUnknown || !element.whole
+                                       ? rest_.size()
+                                       : static_cast<std::size_t>(size->value);
         element.content = rest_.first(length);
         rest_ = rest_.subspan(length);
         return element;
     }
 
 private:
-    std::optional<std::uint64_t> take(std::size_t count) {
-        if (rest_.size() < count) return std::nullopt;
-        std::uint64_t value = 0;
-        for (std::size_t i = 0; i < count; i++) value = value << 8 | rest_[i];
-        rest_ = rest_.subspan(count);
-        return value;
-    }
-
-    /// The marker bit stays in the value. At most four bytes.
-    std::optional<std::uint32_t> readID() {
-        if (rest_.empty() || rest_[0] < 0x10) return std::nullopt;
-        const auto value = take(static_cast<std::size_t>(std::countl_zero(rest_[0])) + 1);
-        if (!value) return std::nullopt;
-        return static_cast<std::uint32_t>(*value);
-    }
-
-    std::optional<std::uint64_t> readSize(bool& unknown) {
-        if (rest_.empty() || rest_[0] == 0) return std::nullopt;
-        const auto length = static_cast<std::size_t>(std::countl_zero(rest_[0])) + 1;
-        const std::uint64_t valueBits = (1ULL << (7 * length)) - 1;
-        const auto value = take(length);
-        if (!value) return std::nullopt;
-        unknown = (*value & valueBits) == valueBits;
-        return *value & valueBits;
-    }
-
     ByteView rest_;
 };
 
