@@ -14,7 +14,7 @@ export HOME=$demo/home XDG_DATA_HOME=$demo/home/data XDG_CACHE_HOME=$demo/home/c
     XDG_CONFIG_HOME=$demo/home/config
 
 say "1. Making a library of real files with FFmpeg"
-"$programs/make_demo_library" "$library"
+"$programs/make_demo_library" --with-trouble "$library"
 
 say "2. Starting the sample catalogue (a small stand-in for TMDB, on this machine only)"
 "$programs/marlet-catalogue" --port-file "$demo/port" >"$demo/catalogue.log" 2>&1 &
@@ -40,8 +40,8 @@ while IFS= read -r -d '' file; do tag+=(--tag "$file"); done < <(
 "$programs/marlet" "${tag[@]}" --progress --quit
 
 echo
-echo "Where it says that MP4Box is missing, the file keeps its index in front and has no room beside"
-echo "it: only laying it out anew makes room, which this version can't do yet. It was left untouched."
+echo "Where it says that the sound layout was fixed, the file was laid out anew and proved sample by"
+echo "sample: its sound lay in one long stretch, or it had no room beside its index for the details."
 
 say "5. Putting the original details of that run back"
 "$programs/marlet" --restore-last-batch --progress --quit

@@ -7,10 +7,13 @@ transcript=$(mktemp)
 trap 'rm -f "$transcript"' EXIT
 
 # Of each kind of line, the first few.
+./dev build >/dev/null
 ./dev demo 2>/dev/null | sed 's/\x1b\[[0-9;]*m//g' | awk '
     function kind(line) {
         if (line ~ /^\[ *[0-9]+\//) return "made"
         if (line ~ /^matched: .* CERTAIN/) return "matched"
+        if (line ~ /^RESULT done.* fixed \([0-9][0-9]/) return "long stretch"
+        if (line ~ /^RESULT done.* fixed /) return "fixed"
         if (line ~ /^RESULT done/) return "done"
         if (line ~ /^RESULT failed/) return "failed"
         if (line ~ /^RESTORE done/) return "restored"
