@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "convert/line_ends.h"
 #include "convert/subtitle_text.h"
 #include "foundation/text.h"
 
@@ -25,11 +26,6 @@ std::optional<double> seconds(std::string_view text) {
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || !(std::abs(value) < most)) return std::nullopt;
     return value;
-}
-
-std::string evenLineEnds(std::string text) {
-    for (const std::string_view end : {"\r\n", "\r"}) text = Text::replaceAll(text, end, "\n");
-    return text;
 }
 
 /// Both ends of "00:00:01,000 --> 00:00:02,500 X1:40 X2:600": what stands behind the end is the
@@ -84,7 +80,7 @@ std::optional<std::int64_t> ms(const std::string& stamp) {
 
 std::vector<Cue> parseSRT(const std::string& text) {
     constexpr std::string_view blank = "\n\n";
-    const std::string even = evenLineEnds(Text::replaceAll(text, byteOrderMark, ""));
+    const std::string even = LineEnds::even(Text::replaceAll(text, byteOrderMark, ""));
     std::vector<Cue> cues;
     for (std::string_view rest = even; !rest.empty();) {
         const std::size_t end = rest.find(blank);
@@ -98,7 +94,7 @@ std::string writeSRT(const std::vector<Cue>& cues) {
     std::string out;
     std::size_t number = 0;
     for (const Cue& cue : cues) {
-        const std::string text = Text::join(Text::words(evenLineEnds(cue.text), '\n'), "\n");
+        const std::string text = Text::join(Text::words(LineEnds::even(cue.text), '\n'), "\n");
         out += std::to_string(++number) + '\n' + stamp(cue.startMs) + " --> " + stamp(cue.endMs) +
                '\n' + text + "\n\n";
     }

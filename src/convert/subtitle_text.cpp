@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "convert/line_ends.h"
 #include "foundation/text.h"
 
 namespace marlet::SubtitleText {
@@ -47,7 +48,7 @@ std::vector<Cue> cues(const MKVFile& mkv, const MKVTrack& track) {
         const std::int64_t start = block.timeNs / nsPerMs;
         for (const Bytes& frame : mkv.data(block)) {
             const std::string line = Text::repairUtf8(frame);
-            std::string text = Text::trim(ass ? assText(line) : line);
+            std::string text = Text::trim(LineEnds::even(ass ? assText(line) : line));
             if (text.empty()) continue;
             bytes += text.size() + sizeof(Cue);
             cues.push_back({start, start + lengthMs(block), std::move(text)});

@@ -1,15 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "convert/cue_printing.h"
 #include "convert/subtitle_text.h"
 
-namespace marlet {
-
-void PrintTo(const Cue& cue, std::ostream* out) {
-    *out << cue.startMs << "-" << cue.endMs << " \"" << cue.text << '"';
-}
-
-namespace test {
+namespace marlet::test {
 namespace {
 
 using namespace std::string_literals;
@@ -130,5 +125,4 @@ TEST(SubtitleEncoding, IsFoundOutFromTheBytes) {
 }
 
 }  // namespace
-}  // namespace test
-}  // namespace marlet
+}  // namespace marlet::test
