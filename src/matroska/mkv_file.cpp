@@ -14,9 +14,9 @@ namespace {
 
 /// No file has so many; each takes memory.
 constexpr std::size_t mostTracks = 65'536;
-/// Of one block, as it is stored and again when its encodings are undone. Pictures of 8K without
-/// any compression have half of it.
-constexpr std::size_t mostBlockBytes = std::size_t{256} << 20;
+/// Of one block, as it is stored and again when its encodings are undone. A picture of 8K without
+/// any compression is smaller.
+constexpr std::size_t mostBlockBytes = std::size_t{128} << 20;
 
 std::optional<Element> findSegment(HeaderReader& reader, std::uint64_t size) {
     ElementWalk walk = reader.walk(0, size);
