@@ -253,7 +253,7 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     if (isMP4)
         job.request.mode = WriteRequest::WriteDetails{atoms};
     else
-        job.request.mode = ConvertRequest{url, atoms, newFiles};
+        job.request.mode = ConvertRequest{url, {}, atoms, newFiles};
     describe(job, draft.details, file);
     auto savingPoster = historyPoster(tmdb, file.match->posterPath, life_);
     job.posterPath = co_await savingPoster;

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "foundation/convert_records.h"
 #include "foundation/records.h"
 #include "write/ilst_editor.h"
 
@@ -15,6 +16,7 @@ namespace marlet {
 /// A conversion: a new file from a Matroska or QuickTime one.
 struct ConvertRequest {
     std::filesystem::path source;
+    std::optional<ConvertPlanSnapshot> plan;  ///< nothing for a QuickTime file
     std::vector<Atom> atoms;
     std::filesystem::path outputDir;
 };

@@ -379,7 +379,7 @@ TEST_F(WriteQueueTest, AConversionNeedsTheMediaTool) {
     const MP4BoxLocator::HelpersAt none(empty.path());
     WriteQueue queue(history_);
     WriteQueue::Job convert = job("a.mkv");
-    convert.request.mode = ConvertRequest{"/films/a.mkv", {}, "/out"};
+    convert.request.mode = ConvertRequest{"/films/a.mkv", {}, {}, "/out"};
     std::vector<WriteQueue::Job> jobs;
     jobs.push_back(convert);
     queue.add(std::move(jobs));
