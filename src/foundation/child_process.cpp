@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <span>
 #include <string_view>
 #include <system_error>
 
@@ -90,15 +91,34 @@ PointerList commandLine(const fs::path& program, const std::vector<std::string>&
     return list;
 }
 
-PointerList environmentForTools() {
+/// Where programs keep what is theirs. Without the second kind those places lie in the home (XDG
+/// Base Directory Specification).
+constexpr std::string_view homes[] = {"HOME=", "TMPDIR="};
+constexpr std::string_view placesOutsideHome[] = {
+    "XDG_CONFIG_HOME=", "XDG_CACHE_HOME=", "XDG_DATA_HOME=", "XDG_STATE_HOME=", "XDG_RUNTIME_DIR="};
+
+bool isOneOf(std::string_view entry, std::span<const std::string_view> names) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](std::string_view name) { return entry.starts_with(name); });
+}
+
+/// What a tool with a home of its own is told instead of where the person's is.
+std::vector<std::string> ownPlaces(const fs::path& home) {
+    std::vector<std::string> entries;
+    if (home.empty()) return entries;
+    for (const std::string_view name : homes) entries.push_back(std::string(name) + home.string());
+    return entries;
+}
+
+/// This process's environment with these entries in place of what they replace.
+PointerList environmentForTools(const std::vector<std::string>& own) {
     PointerList list;
     for (char** entry = ::environ; entry != nullptr && *entry != nullptr; ++entry) {
-        const std::string_view text(*entry);
-        const bool secret =
-            std::any_of(std::begin(withheld), std::end(withheld),
-                        [&](std::string_view name) { return text.starts_with(name); });
-        if (!secret) list.add(*entry);
+        const bool replaced =
+            !own.empty() && (isOneOf(*entry, homes) || isOneOf(*entry, placesOutsideHome));
+        if (!replaced && !isOneOf(*entry, withheld)) list.add(*entry);
     }
+    for (const std::string& entry : own) list.add(entry);
     return list;
 }
 
@@ -189,7 +209,8 @@ void ChildProcess::launch(const fs::path& program, const std::vector<std::string
     Pipe errors = makePipe();
     if (::fcntl(output.readEnd.get(), F_SETFL, O_NONBLOCK) != 0) failWithSystemError(errno);
     const PointerList commands = commandLine(program, arguments);
-    const PointerList environment = environmentForTools();
+    const std::vector<std::string> own = ownPlaces(sandbox.home());
+    const PointerList environment = environmentForTools(own);
     const Launch launch{program.c_str(),
                         commands.get(),
                         environment.get(),

@@ -36,6 +36,9 @@ namespace ToolRunner {
 struct Confinement {
     std::vector<std::filesystem::path> reads;   ///< files, or folders with all below them
     std::vector<std::filesystem::path> writes;  ///< folders, with all below them
+    /// What the tool takes for its home and for the place of temporary files; it may write it, and
+    /// it is made where it is missing. Empty: the person's own home, which stays closed.
+    std::filesystem::path home;
 };
 
 /// Beside `MP4Box`, whether it exists or not; nothing without `MP4Box`.
@@ -60,6 +63,11 @@ Ended runToEnd(const std::filesystem::path& tool, const std::vector<std::string>
 /// "NAME failed (exit N): " with the last 400 characters of the tail, without colours.
 std::string run(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
                 const Confinement& confinement, RunControl& control, const Progress& progress = {});
+
+/// All that a tool prints, without colours, whatever its status; at most 4 MiB. What is not UTF-8
+/// becomes U+FFFD.
+std::string listing(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
+                    const Confinement& confinement, RunControl& control);
 
 }  // namespace ToolRunner
 }  // namespace marlet

@@ -58,7 +58,10 @@ constexpr Place prefixPlaces[] = {
 
 }  // namespace
 
-ToolSandbox::ToolSandbox(const fs::path& tool, const ToolRunner::Confinement& confinement) {
+ToolSandbox::ToolSandbox(const fs::path& tool, const ToolRunner::Confinement& confinement)
+    : home_(confinement.home) {
+    if (!home_.empty() && Sys::mkdir(home_, 0700) != 0 && errno != EEXIST)
+        throw std::system_error(errno, std::generic_category());
     const int version = landlockVersion();
     if (version == 0) return;
     handled_ = Landlock::fileRights(version);
@@ -72,6 +75,7 @@ ToolSandbox::ToolSandbox(const fs::path& tool, const ToolRunner::Confinement& co
     allowTool(tool);
     for (const fs::path& path : confinement.reads) allow(path, look);
     for (const fs::path& path : confinement.writes) allow(path, change);
+    if (!home_.empty()) allow(home_, change);
 }
 
 int ToolSandbox::landlockVersion() {

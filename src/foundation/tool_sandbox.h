@@ -17,8 +17,12 @@ namespace marlet {
 /// of system calls. A path that can't be opened gives no rule: the tool then fails on it by itself.
 class ToolSandbox {
 public:
-    /// Throws std::system_error when the kernel has Landlock and refuses it.
+    /// Throws std::system_error when the kernel has Landlock and refuses it, or the home can't be
+    /// made.
     ToolSandbox(const std::filesystem::path& tool, const ToolRunner::Confinement& confinement);
+
+    /// The tool's own home; empty without.
+    const std::filesystem::path& home() const { return home_; }
 
     /// In the child, between fork and exec: system calls only. 0, or the system's error.
     int enter() const noexcept;
@@ -31,6 +35,7 @@ private:
     void allowTool(const std::filesystem::path& tool);
     void allow(const std::filesystem::path& path, std::uint64_t rights);
 
+    std::filesystem::path home_;
     std::uint64_t handled_ = 0;  // the rights over files that the kernel knows
     FileHandle rules_;           // closed without Landlock
 };

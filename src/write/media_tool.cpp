@@ -36,6 +36,7 @@ void runMP4Box(const fs::path& tool, const Layout& layout, RunControl& control,
     ToolRunner::Confinement confinement;
     confinement.reads = {layout.input};
     confinement.writes = {layout.output.parent_path(), layout.tmp};
+    confinement.home = layout.tmp;
     const ToolRunner::Ended ended =
         ToolRunner::runToEnd(tool, argumentsOf(layout), confinement, control, progress);
     if (ended.status == 0) return;

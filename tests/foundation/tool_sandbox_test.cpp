@@ -153,6 +153,40 @@ TEST_F(ToolSandboxTest, AToolOfAPrefixReadsItsLibrariesAndItsDataThere) {
                                       : "read: ok\nread: ok\nread: ok\n");
 }
 
+TEST_F(ToolSandboxTest, AToolIsAtHomeInAFolderOfItsOwn) {
+    const test::OwnHome persons;
+    const test::ScopedEnv inherited("MARLET_TEST_WORD", "kept");
+    ToolRunner::Confinement confinement;
+    confinement.home = tool_.folder / "home";
+    const std::string home = confinement.home.string();
+    const auto text = ToolRunner::run(
+        ToolDouble::program(),
+        {"env", "HOME", "env", "TMPDIR", "env", "XDG_CONFIG_HOME", "env", "XDG_CACHE_HOME", "env",
+         "XDG_DATA_HOME", "env", "MARLET_TEST_WORD", "folder", home + "/.gpac", "create",
+         home + "/.gpac/creds.key", "create", tool_.in("beside")},
+        confinement, tool_.control);
+    EXPECT_THAT(text, testing::StartsWith("HOME=" + home + "\nenv: ok\nTMPDIR=" + home));
+    EXPECT_THAT(text, HasSubstr("XDG_CONFIG_HOME=(none)"));
+    EXPECT_THAT(text, HasSubstr("XDG_CACHE_HOME=(none)"));
+    EXPECT_THAT(text, HasSubstr("XDG_DATA_HOME=(none)"));
+    EXPECT_THAT(text, HasSubstr("MARLET_TEST_WORD=kept"));
+    EXPECT_THAT(text, HasSubstr("folder: ok\ncreate: ok\n"));
+    EXPECT_THAT(text, testing::EndsWith(filesAreWatched() ? "create: EACCES\n" : "create: ok\n"));
+}
+
+TEST_F(ToolSandboxTest, WithoutAHomeOfItsOwnAToolIsToldThePersons) {
+    const test::OwnHome persons;
+    EXPECT_THAT(run({"env", "XDG_CONFIG_HOME"}),
+                HasSubstr("XDG_CONFIG_HOME=" + persons.path().string()));
+}
+
+TEST_F(ToolSandboxTest, AHomeThatCantBeMadeIsTheSystemsError) {
+    ToolRunner::Confinement confinement;
+    confinement.home = film_ / "home";
+    EXPECT_THROW(ToolRunner::run(ToolDouble::program(), {}, confinement, tool_.control),
+                 std::system_error);
+}
+
 TEST_F(ToolSandboxTest, AMissingInputIsTheToolsOwnFailure) {
     const std::string missing = (library_ / "gone.mp4").string();
     tool_.mayRead(missing);
