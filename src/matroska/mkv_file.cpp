@@ -3,80 +3,18 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <cmath>
 
-#include "matroska/element_ids.h"
-#include "matroska/mkv_headers.h"
+#include "matroska/byte_window.h"
 
 namespace marlet {
 
 namespace {
 
-/// No file has so many; each takes memory.
-constexpr std::size_t mostTracks = 65'536;
 /// Of one block, as it is stored and again when its encodings are undone. A picture of 8K without
 /// any compression is smaller.
 constexpr std::size_t mostBlockBytes = std::size_t{128} << 20;
 
-std::optional<Element> findSegment(HeaderReader& reader, std::uint64_t size) {
-    ElementWalk walk = reader.walk(0, size);
-    while (const auto element = walk.next())
-        if (element->id == ElementID::segment) return element;
-    return std::nullopt;
-}
-
 }  // namespace
-
-/// Walks the children of the Segment once: what stands behind the clusters is reached by stepping
-/// over them.
-struct MKVFile::Header {
-    MKVFile& file;
-    HeaderReader reader;
-    std::optional<double> rawDuration;
-
-    bool parse() {
-        const auto segment = findSegment(reader, file.size_);
-        if (!segment) return false;
-        file.segmentStart_ = segment->payload;
-        file.segmentEnd_ = segment->isUnknown ? file.size_ : segment->end;
-        ElementWalk walk = reader.walk(file.segmentStart_, file.segmentEnd_);
-        while (const auto element = walk.next()) take(*element);
-        // Only now: the scale may stand behind the duration.
-        if (rawDuration)
-            file.durationSeconds_ = *rawDuration * static_cast<double>(file.timecodeScale_) / 1e9;
-        return !file.tracks_.empty();
-    }
-
-    void take(const Element& element) {
-        if (element.isMaster(ElementID::info)) takeInfo(element);
-        if (element.isMaster(ElementID::tracks)) takeTracks(element);
-        if (element.isMaster(ElementID::chapters) && file.chapters_.empty())
-            file.chapters_ = MKVHeaders::readChapters(reader, element);
-        if (element.id == ElementID::cluster && !file.firstClusterOffset_)
-            file.firstClusterOffset_ = element.start;
-    }
-
-    void takeInfo(const Element& info) {
-        ElementWalk walk = reader.children(info);
-        while (const auto child = walk.next()) {
-            if (child->id == ElementID::duration) rawDuration = reader.real(*child);
-            if (child->id == ElementID::title) file.title_ = reader.text(*child);
-            if (child->id == ElementID::timestampScale) file.timecodeScale_ = reader.number(*child);
-        }
-    }
-
-    void takeTracks(const Element& tracks) {
-        ElementWalk walk = reader.children(tracks);
-        while (const auto child = walk.next()) {
-            if (!child->isMaster(ElementID::trackEntry) || file.tracks_.size() >= mostTracks)
-                continue;
-            MKVHeaders::TrackEntry entry = MKVHeaders::readTrack(reader, *child);
-            if (!entry.encodings.empty())
-                file.encodings_.emplace(entry.track.number, std::move(entry.encodings));
-            file.tracks_.push_back(std::move(entry.track));
-        }
-    }
-};
 
 std::unique_ptr<MKVFile> MKVFile::open(const std::filesystem::path& url) {
     // O_NONBLOCK: a pipe that is named like a film must not hold up the reader.
@@ -89,9 +27,7 @@ std::unique_ptr<MKVFile> MKVFile::open(const std::filesystem::path& url) {
     file->url_ = url;
     file->size_ = attributes->size;
     file->file_ = std::move(handle);
-    const ByteWindow window(file->file_.get(), file->size_, ByteWindow::headers);
-    Header header{*file, HeaderReader(window), std::nullopt};
-    if (!header.parse()) return nullptr;
+    if (!file->parseHeader()) return nullptr;
     return file;
 }
 

@@ -107,6 +107,7 @@ private:
     struct Header;
 
     MKVFile() = default;
+    bool parseHeader();
     Bytes stored(const MKVBlock::Frame& frame, std::size_t most) const;
 
     std::filesystem::path url_;
