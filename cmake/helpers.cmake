@@ -1,7 +1,7 @@
 # The media tools, in the one folder where the program looks for them: Contents/Helpers beside it.
-# GPAC's MP4Box (and gpac) of the PATH when they are new enough, otherwise Marlet's own marlet-mux,
-# which does the same relayout. Decided anew at each configuring.
-option(MARLET_OWN_HELPERS "Take Marlet's own media tool even where GPAC's are installed" OFF)
+# GPAC's MP4Box and gpac of the PATH when they are new enough, otherwise Marlet's own marlet-mux and
+# marlet-audio, which do the same for it. Decided anew at each configuring.
+option(MARLET_OWN_HELPERS "Take Marlet's own media tools even where GPAC's are installed" OFF)
 set(MARLET_OLDEST_GPAC 2.2)
 
 # The version of GPAC behind an MP4Box ("2.2.1-rev0-...", "26.07-rev0-..."); empty when it tells
@@ -47,15 +47,16 @@ function(marlet_link_helpers)
     endif()
   endif()
 
-  marlet_helper(gpac "")
-  if(TARGET marlet-mux)
+  if(TARGET marlet-mux AND TARGET marlet-audio)
     marlet_helper(MP4Box ../../marlet-mux)
+    marlet_helper(gpac ../../marlet-audio)
     if(TARGET marlet)
-      add_dependencies(marlet marlet-mux)
+      add_dependencies(marlet marlet-mux marlet-audio)
     endif()
-    message(STATUS "Media tools: Marlet's own marlet-mux")
+    message(STATUS "Media tools: Marlet's own marlet-mux and marlet-audio")
   else()
     marlet_helper(MP4Box "")
+    marlet_helper(gpac "")
     message(STATUS "Media tools: none")
   endif()
 endfunction()

@@ -40,6 +40,7 @@ Bundle::Bundle(Tools tools) {
     fs::create_directories(helpers());
     if (tools == Tools::own) {
         fs::create_symlink(builtProgram("marlet-mux"), helpers() / "MP4Box");
+        fs::create_symlink(builtProgram("marlet-audio"), helpers() / "gpac");
     } else if (tools == Tools::gpac) {
         const auto folder = gpacOnPath();
         if (!folder) throw std::runtime_error("no GPAC on the PATH");
