@@ -6,11 +6,15 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <functional>
+#include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "foundation/child_process.h"
 #include "foundation/errors.h"
@@ -27,13 +31,17 @@ namespace {
 constexpr std::chrono::milliseconds pollInterval{200};
 /// Of a failed tool's output, what stands in the message.
 constexpr std::size_t mostCharactersInMessage = 400;
+/// What a listing of thousands of tracks takes, many times over.
+constexpr std::size_t mostOfListing = std::size_t{4} * 1024 * 1024;
+
+using Sink = std::function<void(std::string_view chunk)>;
 
 /// Reads the pipe on a thread of its own for as long as it lives, and hands on what comes as it
 /// comes.
 class OutputReader {
 public:
-    OutputReader(int pipe, ToolOutput& output)
-        : pipe_(pipe), output_(output), stop_(::eventfd(0, EFD_CLOEXEC)) {
+    OutputReader(int pipe, Sink sink)
+        : pipe_(pipe), sink_(std::move(sink)), stop_(::eventfd(0, EFD_CLOEXEC)) {
         if (!stop_.isOpen()) throw std::system_error(errno, std::generic_category());
         thread_ = std::thread([this] { read(); });
     }
@@ -67,12 +75,12 @@ private:
     bool takeChunk() {
         const ssize_t size = ::read(pipe_, buffer_.data(), buffer_.size());
         lastSize_ = size > 0 ? static_cast<int>(size) : 0;
-        if (size > 0) output_.take({buffer_.data(), static_cast<std::size_t>(size)});
+        if (size > 0) sink_({buffer_.data(), static_cast<std::size_t>(size)});
         return size > 0 || (size < 0 && (errno == EAGAIN || errno == EINTR));
     }
 
     const int pipe_;
-    ToolOutput& output_;
+    const Sink sink_;
     FileHandle stop_;
     std::array<char, 1 << 16> buffer_;  // a pipe's usual capacity: all that is there
     int lastSize_ = 0;
@@ -93,6 +101,24 @@ private:
     bool paused_ = false;
 };
 
+/// Runs a tool to its end; gives its status.
+int carryOut(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
+             const Confinement& confinement, RunControl& control, Sink sink) {
+    ToolLog::noteOnce(tool);
+    ChildProcess child(tool, arguments, ToolSandbox(tool, confinement));
+    OutputReader reader(child.output(), std::move(sink));
+    PauseFollower pause;
+    do {
+        if (control.isCancelled()) {
+            child.terminate();
+            throw CancelError();
+        }
+        pause.follow(control, child);
+    } while (!child.waitForEnd(pollInterval));
+    reader.stop();
+    return child.status();
+}
+
 std::string withoutColours(const std::string& text) {
     static const Regex colour(R"(\x1B\[[0-9;]*m)");
     return colour.replaceAll(text, "");
@@ -108,20 +134,19 @@ std::optional<std::filesystem::path> gpac() {
 
 Ended runToEnd(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
                const Confinement& confinement, RunControl& control, const Progress& progress) {
-    ToolLog::noteOnce(tool);
     ToolOutput output(progress);
-    ChildProcess child(tool, arguments, ToolSandbox(tool, confinement));
-    OutputReader reader(child.output(), output);
-    PauseFollower pause;
-    do {
-        if (control.isCancelled()) {
-            child.terminate();
-            throw CancelError();
-        }
-        pause.follow(control, child);
-    } while (!child.waitForEnd(pollInterval));
-    reader.stop();
-    return {child.status(), Text::replaceAll(output.tail(), "\x1B[0m", "")};
+    const int status = carryOut(tool, arguments, confinement, control,
+                                [&output](std::string_view chunk) { output.take(chunk); });
+    return {status, Text::replaceAll(output.tail(), "\x1B[0m", "")};
+}
+
+std::string listing(const std::filesystem::path& tool, const std::vector<std::string>& arguments,
+                    const Confinement& confinement, RunControl& control) {
+    std::string text;
+    carryOut(tool, arguments, confinement, control, [&text](std::string_view chunk) {
+        text += chunk.substr(0, mostOfListing - std::min(mostOfListing, text.size()));
+    });
+    return withoutColours(Text::repairUtf8(viewOf(text)));
 }
 
 std::string run(const std::filesystem::path& tool, const std::vector<std::string>& arguments,

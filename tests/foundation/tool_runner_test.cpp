@@ -268,6 +268,32 @@ TEST(ToolRunner, SignalsStandInTheToolAsAShellWouldLeaveThem) {
     EXPECT_EQ(::sigismember(&after, SIGINT), 0);
 }
 
+TEST(ToolRunner, AListingIsTheWholeOutputWithoutColoursWhateverTheStatus) {
+    ToolDouble tool;
+    const std::string line = "\x1B[32mTrack 1\x1B[0m \xC3\xA4\n";
+    ToolDouble::Arguments arguments;
+    for (int i = 0; i < 1000; i++) arguments.insert(arguments.end(), {"print", line});
+    arguments.insert(arguments.end(), {"complain",
+                                       "\xFF"
+                                       "end",
+                                       "exit", "3"});
+    const std::string text =
+        ToolRunner::listing(ToolDouble::program(), arguments, tool.confinement(), tool.control);
+    EXPECT_EQ(text.size(),
+              1000 * std::string("Track 1 \xC3\xA4\n").size() + 6);  // U+FFFD and "end"
+    EXPECT_TRUE(text.starts_with("Track 1 ä\nTrack 1 ä\n"));
+    EXPECT_TRUE(
+        text.ends_with("\n\xEF\xBF\xBD"
+                       "end"));
+}
+
+TEST(ToolRunner, ACancelEndsAListing) {
+    ToolDouble tool;
+    tool.control.cancel();
+    EXPECT_THROW(ToolRunner::listing(ToolDouble::program(), {}, tool.confinement(), tool.control),
+                 CancelError);
+}
+
 TEST(ToolRunner, ARunIsNotedInTheLogOnceForItsPath) {
     const test::OwnHome home;
     ToolDouble tool;
