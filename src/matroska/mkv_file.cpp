@@ -65,6 +65,12 @@ const MKVTrack* MKVFile::track(int number) const {
     return found == tracks_.end() ? nullptr : &*found;
 }
 
+const ContentEncodings& MKVFile::encodings(int track) const {
+    static const ContentEncodings none;
+    const auto found = encodings_.find(track);
+    return found == encodings_.end() ? none : found->second;
+}
+
 std::optional<std::string> MKVFile::unreadable(int track) const {
     const auto encodings = encodings_.find(track);
     if (encodings == encodings_.end()) return std::nullopt;

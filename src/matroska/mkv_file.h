@@ -102,6 +102,8 @@ public:
     const MKVTrack* track(int number) const;
     /// Why a track's frames can't be read (an encryption, an unknown compression); nothing else.
     std::optional<std::string> unreadable(int track) const;
+    /// What was done to a track's frames before they were stored; empty for most.
+    const ContentEncodings& encodings(int track) const;
 
 private:
     struct Header;
