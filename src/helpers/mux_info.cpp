@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 
+#include "matroska/mkv_file.h"
 #include "mp4/box.h"
 #include "mp4/sound_layout.h"
 #include "mp4/summary.h"
@@ -26,9 +27,36 @@ std::string describe(const Track& track) {
            ((track.tkhdFlags & 1) != 0 ? "" : ", disabled") + "\n";
 }
 
+const char* kindOf(const MKVTrack& track) {
+    switch (track.type) {
+        case 1:
+            return "Video";
+        case 2:
+            return "Audio";
+        case 17:
+            return "Text";
+        default:
+            return "Other";
+    }
+}
+
+std::string describe(const MKVFile& file) {
+    std::string text = formatted("File has %zu tracks\nDuration: %.3f s\n", file.tracks().size(),
+                                 file.durationSeconds().value_or(0));
+    for (const MKVTrack& track : file.tracks()) {
+        // The text comes from the file; one that holds a line feed could pose as another track.
+        std::string codec = track.codecID;
+        std::erase_if(codec, [](char c) { return static_cast<unsigned char>(c) < ' '; });
+        text +=
+            formatted("- Track %d type: %s - Codec ", track.number, kindOf(track)) + codec + "\n";
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string text(const std::filesystem::path& file) {
+    if (const auto matroska = MKVFile::open(file)) return describe(*matroska);
     const Bytes moov = loadMoov(file);
     const double layout = measure(parseSummary(moov, file, Detail::No));
     const MP4Summary summary = parseSummary(moov, file, Detail::Yes);

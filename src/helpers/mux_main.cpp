@@ -44,6 +44,12 @@ void carryOut(const Relayout::Request& request) {
     std::puts("");
 }
 
+void carryOut(const BuildMovie::Request& request) {
+    PercentLine line;
+    BuildMovie::run(request, [&line](double fraction) { line.show(fraction); });
+    std::puts("");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {

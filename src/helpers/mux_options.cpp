@@ -18,6 +18,7 @@ class Places {
 public:
     explicit Places(std::span<const std::string> arguments) : left_(arguments) {}
 
+    bool comes(const char* option) const { return !left_.empty() && left_.front() == option; }
     std::size_t left() const { return left_.size(); }
     const std::string& take() {
         if (left_.empty()) throw MFError("the command line is incomplete");
@@ -44,11 +45,30 @@ private:
     std::span<const std::string> left_;
 };
 
+BuildMovie::Request build(Places places, const std::string& scratch) {
+    BuildMovie::Request request;
+    request.scratch = scratch;
+    while (places.comes("-add")) {
+        places.take();
+        request.tracks.push_back(TrackRequests::parse(places.take()));
+    }
+    if (places.comes("-chap")) {
+        places.take();
+        request.chapters = places.take();
+    }
+    places.expect("-inter");
+    request.sliceMilliseconds = places.number("-inter", 1, longestSlice);
+    places.expect("-moovpad");
+    request.padding = places.number("-moovpad", 0, mostPadding);
+    places.expect("-new");
+    request.output = places.take();
+    if (places.left() > 0) throw MFError("there is more behind the output's name");
+    return request;
+}
+
 Relayout::Request relayout(Places places) {
     constexpr std::size_t inputOutput = 3;  // IN -out OUT
     Relayout::Request request;
-    places.expect("-tmp");
-    places.take();  // the layout needs no scratch files
     places.expect("-inter");
     request.sliceMilliseconds = places.number("-inter", 1, longestSlice);
     places.expect("-moovpad");
@@ -68,10 +88,16 @@ Relayout::Request relayout(Places places) {
 Command parse(std::span<const std::string> arguments) {
     if (arguments.size() == 1 && arguments[0] == "-version") return ShowVersion{};
     if (arguments.size() == 2 && arguments[0] == "-info") return ShowInfo{arguments[1]};
-    if (!arguments.empty() && arguments[0] == "-tmp") return relayout(Places(arguments));
+    if (!arguments.empty() && arguments[0] == "-tmp") {
+        Places places(arguments.subspan(1));
+        const std::string scratch = places.take();
+        if (places.comes("-add")) return build(places, scratch);
+        return relayout(places);  // it needs no scratch files
+    }
     throw MFError(
-        "this program takes -version, -info FILE, or -tmp DIR -inter MS -moovpad N [-rem ID]... IN "
-        "-out OUT");
+        "this program takes -version, -info FILE, -tmp DIR -inter MS -moovpad N [-rem ID]... IN "
+        "-out OUT, or -tmp DIR -add TRACK [-add TRACK]... [-chap FILE] -inter MS -moovpad N -new "
+        "OUT");
 }
 
 }  // namespace marlet::MuxOptions

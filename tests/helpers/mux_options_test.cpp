@@ -39,6 +39,30 @@ TEST(MuxOptions, TakesTheCommandLineOfARebuild) {
               wanted);
 }
 
+TEST(MuxOptions, TakesTheCommandLineOfANewFilm) {
+    const auto parsed = std::get<BuildMovie::Request>(MuxOptions::parse(
+        Arguments{"-tmp", "/t", "-add", "/t/source.mkv#1:name=Video", "-add", "/t/t2.m4a:lang=eng",
+                  "-chap", "/t/c.txt", "-inter", "250", "-moovpad", "4096", "-new", "/t/new.mp4"}));
+    const BuildMovie::Request wanted{
+        .tracks = {{.file = "/t/source.mkv", .track = 1, .name = "Video"},
+                   {.file = "/t/t2.m4a", .language = "eng"}},
+        .chapters = "/t/c.txt",
+        .scratch = "/t",
+        .output = "/t/new.mp4",
+        .sliceMilliseconds = 250,
+        .padding = 4096};
+    EXPECT_EQ(parsed, wanted);
+}
+
+TEST(MuxOptions, TakesANewFilmOnlyWhole) {
+    EXPECT_EQ(failure({"-tmp", "/t", "-add", "a#1", "-inter", "500", "-moovpad", "1", "-out", "b"}),
+              "unknown option \"-out\" where \"-new\" stands");
+    EXPECT_EQ(failure({"-tmp", "/t", "-add", "a#1", "-chap"}), "the command line is incomplete");
+    EXPECT_EQ(
+        failure({"-tmp", "/t", "-add", "a", "-inter", "1", "-moovpad", "1", "-new", "b", "c"}),
+        "there is more behind the output's name");
+}
+
 TEST(MuxOptions, ReadsNoPathAsAnOption) {
     const auto plain =
         request({"-tmp", "-inter", "-inter", "250", "-moovpad", "0", "-rem", "-out", "-version"});
@@ -84,8 +108,9 @@ TEST(MuxOptions, RefusesNumbersThatAreNone) {
 TEST(MuxOptions, RefusesAnIncompleteOrOtherCommandLine) {
     EXPECT_EQ(failure({"-tmp", "/t", "-inter"}), "the command line is incomplete");
     const std::string usage =
-        "this program takes -version, -info FILE, or -tmp DIR -inter MS -moovpad N [-rem ID]... IN "
-        "-out OUT";
+        "this program takes -version, -info FILE, -tmp DIR -inter MS -moovpad N [-rem ID]... IN "
+        "-out OUT, or -tmp DIR -add TRACK [-add TRACK]... [-chap FILE] -inter MS -moovpad N -new "
+        "OUT";
     EXPECT_EQ(failure({}), usage);
     EXPECT_EQ(failure({"-version", "-info"}), usage);
     EXPECT_EQ(failure({"in.mp4", "-out", "out.mp4"}), usage);
