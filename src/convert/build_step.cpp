@@ -1,0 +1,82 @@
+#include "convert/build_step.h"
+
+#include <array>
+#include <system_error>
+
+#include "convert/convert_wording.h"
+#include "foundation/durable.h"
+#include "foundation/errors.h"
+#include "foundation/syscalls.h"
+#include "foundation/tool_runner.h"
+#include "mp4/sound_layout.h"
+#include "write/guards.h"
+#include "write/ilst_editor.h"
+
+namespace marlet::BuildStep {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array slices = {500, 250, 100};  // milliseconds
+constexpr std::size_t padBeyondTags = 4096;     // bytes, so that a later edit finds room
+
+/// Each try begins with nothing of the one before: what the tool left could mislead it, and the
+/// space that was asked for doesn't hold two results.
+void setUp(const ConvertJob& job) {
+    std::error_code ignored;
+    fs::remove_all(job.bench(), ignored);
+    Sys::unlink(job.built());
+    Durable::makeFolders(job.mux.scratch);
+}
+
+/// Out of the tool's reach. A link in the place of its output could lead to a person's file, and
+/// the tags would be written there.
+void takeOver(const ConvertJob& job) {
+    const auto made = Sys::lstat(job.mux.output);
+    if (!made || !made->isRegular || made->size == 0) throw MFError(ConvertWording::noToolOutput);
+    Durable::rename(job.mux.output, job.built());
+}
+
+/// The tool may read the source and what was prepared, and write its bench.
+void build(ConvertJob& job, std::size_t attempt) {
+    constexpr double start = 0.4;
+    constexpr double step = 0.03;
+    const double from = start + step * static_cast<double>(attempt);
+    const std::string label =
+        attempt == 0 ? "Building the new file" : ConvertWording::finerSlices(slices[attempt]);
+    job.control.checkpoint();
+    job.report(label, from);
+    const ToolRunner::Confinement confinement{
+        .reads = job.mux.inputs(), .writes = {job.bench()}, .home = job.bench() / "home"};
+    ToolRunner::run(job.tool, job.mux.arguments(), confinement, job.control,
+                    [&](double done) { job.report(label, from + step * done); });
+    takeOver(job);
+}
+
+}  // namespace
+
+double run(ConvertJob& job) {
+    const Bytes ilst = IlstEditor::ilstBox(job.request.atoms);
+    job.mux.scratch = job.bench() / "tmp";
+    job.mux.output = job.bench() / "built.mp4";
+    job.mux.pad = ilst.size() + padBeyondTags;
+    double layout = 0;
+    for (std::size_t attempt = 0; attempt < slices.size(); attempt++) {
+        job.mux.slice = slices[attempt];
+        setUp(job);
+        build(job, attempt);
+        IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
+        layout = measureInterleave(job.built());
+        if (layout <= soundLayoutLimit) break;
+    }
+    if (layout > soundLayoutLimit) throw MFError(ConvertWording::notFixable(layout));
+    if (job.mux.slice != slices.front())
+        job.notes.push_back(ConvertWording::slicesUsed(job.mux.slice));
+    // What is proved next must not change any more: a process that the tool left behind could still
+    // hold it open, but not open it anew.
+    if (!TagWriter::openForWriting(job.built()).empty()) throw MFError(ConvertWording::toolStays);
+    return layout;
+}
+
+}  // namespace marlet::BuildStep

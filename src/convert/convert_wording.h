@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// The sentences of a conversion. They are promises to the person, and an interface: other code
+/// recognises phrases in them.
+namespace marlet::ConvertWording {
+
+inline constexpr const char* noTool = "the media tool (MP4Box) is missing from this copy of Marlet";
+inline constexpr const char* unreadable = "this file isn't a Matroska file Marlet can read yet";
+inline constexpr const char* noPlan = "no plan for this file";
+inline constexpr const char* noOutputSpace = "Not enough free space in the output folder.";
+inline constexpr const char* surroundChannels = "surround conversion needs 6 or 8 channels";
+inline constexpr const char* noToolOutput = "MP4Box produced no output";
+inline constexpr const char* toolStays =
+    "MP4Box still has the new file open for writing; nothing was saved";
+inline constexpr const char* otherTags = "the details were not written exactly; nothing was saved";
+inline constexpr const char* cancelled = "cancelled; the original was not touched";
+inline constexpr const char* picturesUnread = "picture subtitles can't be read as text yet";
+
+std::string noWorkSpace(std::int64_t need);
+std::string noSuchSound(int track);
+std::string otherKind(int track, const std::string& type);
+std::string mixLowered(double gain);
+std::string noLines(const std::string& subtitle);
+std::string finerSlices(int milliseconds);
+std::string slicesUsed(int milliseconds);
+/// Even the finest slices are too long.
+std::string notFixable(double layout);
+std::string verificationFailed(const std::vector<std::string>& reasons);
+std::string overLimit(double layout);
+std::string convertedTo(const std::string& name);
+std::string newFile(const std::string& name, const std::vector<std::string>& notes);
+
+}  // namespace marlet::ConvertWording
