@@ -8,21 +8,12 @@
 
 namespace marlet {
 
-namespace {
-
-/// This build has no converter; the plan of every file says so.
-std::optional<ConvertPlan> noConversion(const std::filesystem::path&, const std::string&) {
-    return ConvertPlan{"this version of Marlet can't convert MKV files yet"};
-}
-
-}  // namespace
-
 std::optional<AppModel::Path> AppModel::outputOverride;
 
 AppModel::AppModel(Parts parts)
     : history_(parts.history == nullptr ? HistoryStore::shared() : *parts.history),
       queue_(history_, std::move(parts.worker)),
-      plans_(parts.planBuilder ? std::move(parts.planBuilder) : PlanStore::Builder(noConversion)),
+      plans_(parts.planBuilder ? std::move(parts.planBuilder) : PlanStore::build),
       externals_(std::move(parts.externals)),
       toastTime_(parts.toastTime) {
     queue_.onDone = [this](const Path& file) { finishQueued(file); };

@@ -110,6 +110,7 @@ public:
     // Plans of conversions.
     PlanStore& plans() { return plans_; }
     void analyseAll();
+    Task<std::optional<ConvertPlan>> planFor(Path file) { return plans_.planFor(std::move(file)); }
 
     // Tracks that may be left out of an MP4.
     TrackStore& tracks() { return tracks_; }
@@ -126,6 +127,9 @@ public:
     void restoreBatch(const std::vector<HistoryEntry>& entries);
     const std::map<Path, ResolvedFile>& queuedFiles() const { return queuedFiles_; }
     static std::string label(const Details& details, const Path& file);
+    /// The sound and subtitle tracks that a conversion leaves out: "2 sounds, 1 subtitle removed".
+    /// Empty without any.
+    static std::string summary(const ConvertPlan& plan);
     /// The folder for new files: the run's own, else the setting.
     static Path outputFolder();
     /// Set for the run by "--output-dir".

@@ -1,8 +1,12 @@
 #include "app/plan_store.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "app/settings.h"
+#include "convert/plan_builder.h"
+#include "foundation/languages.h"
 #include "identify/asking.h"
 #include "identify/scanner.h"
 
@@ -15,6 +19,15 @@ PlanStore::~PlanStore() {
     endAll();
     // Those at work come back now and hand their places on, until nobody is left in line.
     life_.cancel();
+}
+
+std::optional<ConvertPlan> PlanStore::build(const Order& order) {
+    const std::unique_ptr<MKVFile> mkv = MKVFile::open(order.file);
+    if (!mkv) return std::nullopt;
+    TrackStats stats;
+    if (order.depth == Order::Depth::Frames) stats = mkv->blockStats(order.progress);
+    return PlanBuilder::make(order.file, *mkv, Lang::parseList(order.languages),
+                             PlanBuilder::findSidecars(order.file), stats);
 }
 
 bool PlanStore::needsPlan(const Path& file) {
@@ -30,27 +43,35 @@ void PlanStore::analyse(const Path& file) {
     if (!needsPlan(file) || plans_.contains(file) || tasks_.contains(file)) return;
     const Analysis analysis;
     tasks_.emplace(file, analysis);
-    build(file, analysis);
+    run(file, analysis);
 }
 
-Task<> PlanStore::build(Path file, Analysis analysis) {
+Task<> PlanStore::run(Path file, Analysis analysis) {
     co_await gate_.enter();
     const AnalysisGate::Place place(gate_);
-    if (analysis.cancel.isCancelled()) co_return;
-    auto planning = planOf(file);
-    const std::optional<ConvertPlan> plan = co_await planning;
-    // Stopped meanwhile: the file may be analysed anew, and this one is not to be taken for it.
-    if (analysis.cancel.isCancelled()) co_return;
-    if (plan) plans_.insert_or_assign(file, *plan);
+    for (const auto depth : {Order::Depth::Tracks, Order::Depth::Frames}) {
+        if (analysis.cancel.isCancelled()) co_return;
+        auto planning = planOf(file, depth, analysis);
+        std::optional<ConvertPlan> plan = co_await planning;
+        // Stopped meanwhile: the file may be analysed anew, and this one is not to be taken for it.
+        if (analysis.cancel.isCancelled()) co_return;
+        // Frames that can't be counted are no reason to go without the plan of the first stage.
+        if (!plan) break;
+        put(file, *std::move(plan));
+        if (depth == Order::Depth::Tracks && onChanged) onChanged();
+        if (analysis.cancel.isCancelled()) co_return;
+    }
     tasks_.erase(file);
     tell(analysis);
     if (onChanged) onChanged();
 }
 
-Task<std::optional<ConvertPlan>> PlanStore::planOf(Path file) {
-    const std::string languages = Settings::keepLanguages();
-    const Builder builder = builder_;
-    std::function<std::optional<ConvertPlan>()> work = [=] { return builder(file, languages); };
+Task<std::optional<ConvertPlan>> PlanStore::planOf(Path file, Order::Depth depth,
+                                                   Analysis analysis) {
+    Order order{std::move(file), Settings::keepLanguages(), depth, follower(analysis)};
+    std::function<std::optional<ConvertPlan>()> work = [builder = builder_, order] {
+        return builder(order);
+    };
     try {
         auto working = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
         std::optional<ConvertPlan> plan = co_await working;
@@ -59,6 +80,67 @@ Task<std::optional<ConvertPlan>> PlanStore::planOf(Path file) {
         // A file whose analysis fails is one that can't be read.
         co_return std::nullopt;
     }
+}
+
+/// Called on the worker; screens are told on the main context, and not more often than they can
+/// show it.
+std::function<bool(double)> PlanStore::follower(const Analysis& analysis) {
+    const auto stopped = std::make_shared<std::atomic<bool>>(false);
+    const auto registration = std::make_shared<CancelToken::Registration>(
+        analysis.cancel.onCancel([stopped] { *stopped = true; }));
+    return [this, stopped, registration, analysis](double fraction) {
+        const bool isStep =
+            std::floor(fraction * 100) > std::floor(analysis.progress->exchange(fraction) * 100);
+        if (isStep && !*stopped)
+            Async::post([this, analysis] {
+                // Without a cancel the store still lives.
+                if (!analysis.cancel.isCancelled() && onChanged) onChanged();
+            });
+        return !*stopped;
+    };
+}
+
+void PlanStore::put(const Path& file, ConvertPlan plan) {
+    if (const ConvertPlan* const before = find(file)) PlanBuilder::merge(*before, plan);
+    plans_.insert_or_assign(file, std::move(plan));
+}
+
+std::optional<double> PlanStore::analysisProgress(const Path& file) const {
+    const auto task = tasks_.find(file);
+    if (task == tasks_.end()) return std::nullopt;
+    return task->second.progress->load();
+}
+
+bool PlanStore::setKeepSound(const Path& file, int track, bool keep) {
+    const auto plan = plans_.find(file);
+    if (plan == plans_.end()) return false;
+    const auto choice = std::ranges::find_if(
+        plan->second.audio, [&](const AudioChoice& each) { return each.track.number == track; });
+    if (choice == plan->second.audio.end() || choice->unsupportedReason) return false;
+    choice->keep = keep;
+    choice->touched = true;
+    PlanBuilder::refresh(plan->second);
+    return true;
+}
+
+bool PlanStore::setKeepSubtitle(const Path& file, const std::string& id, bool keep) {
+    const auto plan = plans_.find(file);
+    if (plan == plans_.end()) return false;
+    const auto choice = std::ranges::find(plan->second.subs, id, &SubChoice::id);
+    if (choice == plan->second.subs.end() || choice->unsupportedReason) return false;
+    choice->keep = keep;
+    choice->touched = true;
+    return true;
+}
+
+Task<std::optional<ConvertPlan>> PlanStore::planFor(Path file) {
+    const CancelToken life = life_;
+    analyse(file);
+    auto finishing = finish(file);
+    co_await finishing;
+    life.check();
+    const ConvertPlan* const plan = find(file);
+    co_return plan == nullptr ? std::nullopt : std::optional(*plan);
 }
 
 void PlanStore::tell(const Analysis& analysis) {

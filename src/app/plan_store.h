@@ -1,29 +1,39 @@
 #pragma once
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "app/analysis_gate.h"
+#include "convert/plan.h"
 #include "sources/async.h"
 
 namespace marlet {
 
-/// What a conversion would do with a file, or why it can't be done.
-struct ConvertPlan {
-    std::optional<std::string> refusal;  ///< in words; absent when the file can be converted
-};
-
-/// Builds and keeps the plans of the files that become a new one. Two are built at a time.
-/// Main context only.
+/// Builds and keeps the plans of the files that become a new one. Two are built at a time, each in
+/// two stages: from what the file says of its tracks, so that the row appears at once, and then
+/// from all its frames. Main context only.
 class PlanStore {
 public:
     using Path = std::filesystem::path;
-    /// Reads the whole file; runs on a worker. Nothing when the file can't be read.
-    using Builder =
-        std::function<std::optional<ConvertPlan>(const Path&, const std::string& languages)>;
+
+    struct Order {
+        Path file;
+        std::string languages;  ///< as the person typed them
+        enum class Depth { Tracks, Frames };
+        Depth depth = Depth::Tracks;
+        /// Fraction of the file read; false: nobody waits for the plan any more. Called on the
+        /// worker.
+        std::function<bool(double)> progress;
+    };
+    /// Runs on a worker. Nothing when the file can't be read.
+    using Builder = std::function<std::optional<ConvertPlan>(const Order&)>;
+    /// Reads the file and what lies beside it.
+    static std::optional<ConvertPlan> build(const Order& order);
 
     explicit PlanStore(Builder builder);
     /// Lets go whoever waits here.
@@ -34,6 +44,12 @@ public:
     static bool needsPlan(const Path& file);
     const ConvertPlan* find(const Path& file) const;
     bool isLoading(const Path& file) const { return tasks_.contains(file); }
+    /// How far the second stage is; nothing for a file that isn't being analysed.
+    std::optional<double> analysisProgress(const Path& file) const;
+    /// A person's ticks, which stay when the plan is made anew. False when the plan has no such
+    /// track or the track can't be kept.
+    bool setKeepSound(const Path& file, int track, bool keep);
+    bool setKeepSubtitle(const Path& file, const std::string& id, bool keep);
     /// Ignored for a file that has a plan, is being analysed, or needs none.
     void analyse(const Path& file);
     void stop(const Path& file);
@@ -41,20 +57,25 @@ public:
     void endAll();
     /// Ends when the file's analysis has ended or was stopped.
     Task<> finish(Path file);
+    /// The finished plan, built on demand; nothing for a file that needs none or can't be read.
+    Task<std::optional<ConvertPlan>> planFor(Path file);
     void forget(const Path& file);
     int freePlaces() const { return gate_.free(); }
 
-    /// Told when an analysis has ended.
+    /// Told when a plan is there or has got on.
     std::function<void()> onChanged;
 
 private:
     struct Analysis {
         CancelToken cancel;
         Gate ended;
+        std::shared_ptr<std::atomic<double>> progress = std::make_shared<std::atomic<double>>(0.0);
     };
-    Task<> build(Path file, Analysis analysis);
+    Task<> run(Path file, Analysis analysis);
     static void tell(const Analysis& analysis);
-    Task<std::optional<ConvertPlan>> planOf(Path file);
+    Task<std::optional<ConvertPlan>> planOf(Path file, Order::Depth depth, Analysis analysis);
+    std::function<bool(double)> follower(const Analysis& analysis);
+    void put(const Path& file, ConvertPlan plan);
 
     Builder builder_;
     AnalysisGate gate_;

@@ -80,7 +80,12 @@ void describe(Job& job, const Details& details, const ResolvedFile& file) {
 }
 
 std::string wordsOf(const ConvertPlan& refused) {
-    return refused.refusal->empty() ? "can't be converted" : *refused.refusal;
+    const std::string words = refused.videoVerdict.message();
+    return words.empty() ? "can't be converted" : words;
+}
+
+std::string counted(std::ptrdiff_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 std::string stillToLookAt(std::size_t count) {
@@ -111,6 +116,18 @@ std::string AppModel::label(const Details& details, const Path& file) {
         return details.show + " · " + (number.empty() ? details.title : number);
     }
     return details.title.empty() ? file.stem().string() : details.title;
+}
+
+std::string AppModel::summary(const ConvertPlan& plan) {
+    const auto sounds = std::ranges::count(plan.audio, false, &AudioChoice::keep);
+    const auto subtitles = std::ranges::count_if(plan.subs, [](const SubChoice& choice) {
+        // A file beside the film stays where it is.
+        return !choice.keep && choice.track && !choice.splitForced;
+    });
+    std::vector<std::string> parts;
+    if (sounds > 0) parts.push_back(counted(sounds, "sound"));
+    if (subtitles > 0) parts.push_back(counted(subtitles, "subtitle"));
+    return parts.empty() ? "" : Text::join(parts, ", ") + " removed";
 }
 
 void AppModel::addToQueue(std::vector<LibraryItem> items) {
@@ -225,18 +242,19 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     const bool isMP4 = extension == "mp4" || extension == "m4v";
     // Read here: a later change of a tick belongs to the next job.
     const std::vector<int> dropped = tracks_.dropped(url);
-    const std::string summary =
-        dropped.empty() ? "details and cover art" : InPlaceTracks::summary(*tracks_.find(url));
+    std::string summary = dropped.empty() ? "" : InPlaceTracks::summary(*tracks_.find(url));
+    std::optional<ConvertPlanSnapshot> conversion;
     if (PlanStore::needsPlan(url)) {
         const CancelToken life = life_;
-        plans_.analyse(url);
-        auto planning = plans_.finish(url);
-        co_await planning;
+        auto planning = plans_.planFor(url);
+        const std::optional<ConvertPlan> plan = co_await planning;
         life.check();
-        const ConvertPlan* plan = plans_.find(url);
-        if (plan == nullptr) co_return Prepared{{}, fileName + ": this file can't be read"};
-        if (plan->refusal) co_return Prepared{{}, fileName + ": " + wordsOf(*plan)};
+        if (!plan) co_return Prepared{{}, fileName + ": this file can't be read"};
+        conversion = plan->snapshot();
+        if (!conversion) co_return Prepared{{}, fileName + ": " + wordsOf(*plan)};
+        summary = AppModel::summary(*plan);
     }
+    if (summary.empty()) summary = "details and cover art";
 
     const auto option = draft.chosen(Settings::artworkStyle());
     auto fetching = fetchCover(tmdb, option, life_);
@@ -253,7 +271,7 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     if (isMP4)
         job.request.mode = WriteRequest::WriteDetails{atoms};
     else
-        job.request.mode = ConvertRequest{url, {}, atoms, newFiles};
+        job.request.mode = ConvertRequest{url, conversion, atoms, newFiles};
     describe(job, draft.details, file);
     auto savingPoster = historyPoster(tmdb, file.match->posterPath, life_);
     job.posterPath = co_await savingPoster;

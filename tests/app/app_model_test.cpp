@@ -75,6 +75,8 @@ TEST_F(Adding, ThePhaseTellsTheWorkAndEndsIdle) {
 }
 
 TEST_F(Adding, EveryMatroskaFileThatCameInIsAnalysed) {
+    parts.planBuilder = [](const auto&) { return convertible(); };
+    make();
     add({file("Charade (1963).mkv"), file("Sintel (2010).mp4")});
     Async::wait(model->plans().finish(library / "Charade (1963).mkv"));
     EXPECT_NE(model->plans().find(library / "Charade (1963).mkv"), nullptr);

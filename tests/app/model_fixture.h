@@ -22,6 +22,14 @@ namespace marlet::test {
 
 using namespace std::chrono_literals;
 
+/// The plan of a film that can be converted.
+inline std::optional<ConvertPlan> convertible() {
+    ConvertPlan plan;
+    plan.video = MKVTrack{.number = 1, .type = 1};
+    plan.videoVerdict = VideoVerdict::copy();
+    return plan;
+}
+
 /// Takes the place of the writer: notes what it was asked, and answers by file name.
 class NotingWorker {
 public:

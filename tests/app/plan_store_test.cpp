@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -55,7 +56,10 @@ protected:
         qtApp();
         Preferences::install(std::make_unique<MemoryPreferences>());
         store = std::make_unique<PlanStore>(
-            [held = held](const auto& file, const auto&) { return (*held)(file.string()); });
+            [held = held](const PlanStore::Order& order) -> std::optional<ConvertPlan> {
+                if (order.depth == PlanStore::Order::Depth::Frames) return ConvertPlan{};
+                return (*held)(order.file.string());
+            });
     }
     ~Plans() override {
         held->letAllGo();
@@ -182,8 +186,7 @@ TEST_F(Plans, AFileWithAPlanOrATaskIsNotAnalysedAgainUntilItIsForgotten) {
 }
 
 TEST_F(Plans, AnAnalysisThatThrowsLeavesNoPlanAndGivesItsPlaceBack) {
-    PlanStore failing(
-        [](const auto&, const auto&) -> std::optional<ConvertPlan> { throw MFError("broken"); });
+    PlanStore failing([](const auto&) -> std::optional<ConvertPlan> { throw MFError("broken"); });
     for (const char* file : {"/a.mkv", "/b.mkv", "/c.mkv"}) {
         failing.analyse(file);
         Async::wait(failing.finish(file));
@@ -195,8 +198,8 @@ TEST_F(Plans, AnAnalysisThatThrowsLeavesNoPlanAndGivesItsPlaceBack) {
 
 TEST_F(Plans, ThePreferredLanguagesAreThoseOfTheSettingAtThatTime) {
     std::string seen;
-    PlanStore reading([&](const auto&, const std::string& languages) {
-        seen = languages;
+    PlanStore reading([&](const PlanStore::Order& order) {
+        seen = order.languages;
         return std::optional(ConvertPlan{});
     });
     reading.analyse("/a.mkv");
@@ -206,6 +209,106 @@ TEST_F(Plans, ThePreferredLanguagesAreThoseOfTheSettingAtThatTime) {
     reading.analyse("/b.mkv");
     Async::wait(reading.finish("/b.mkv"));
     EXPECT_EQ(seen, "English, French");
+}
+
+ConvertPlan twoSounds() {
+    ConvertPlan plan;
+    plan.audio.resize(2);
+    plan.audio[0].track.number = 2;
+    plan.audio[1].track.number = 3;
+    plan.audio[0].keep = true;
+    plan.audio[1].unsupportedReason = "no way";
+    plan.subs.push_back({.id = "mkv4"});
+    return plan;
+}
+
+/// Two stages; the second waits until it is let go, and says how far it is.
+class Stages : public Plans {
+protected:
+    Stages() {
+        store = std::make_unique<PlanStore>(
+            [held = held, stopped = stopped](const PlanStore::Order& order) {
+                ConvertPlan plan = twoSounds();
+                if (order.depth == PlanStore::Order::Depth::Frames) {
+                    order.progress(0.25);
+                    (*held)(order.file.string());
+                    *stopped = !order.progress(0.5);
+                    plan.duration = 60;
+                }
+                return std::optional(plan);
+            });
+    }
+    std::shared_ptr<std::atomic<bool>> stopped = std::make_shared<std::atomic<bool>>(false);
+};
+
+TEST_F(Stages, TheFirstPlanIsThereWhileTheFramesAreRead) {
+    bool told = false;
+    store->onChanged = [&] { told = true; };
+    store->analyse("/a.mkv");
+    untilBegun(1);
+    ASSERT_NE(store->find("/a.mkv"), nullptr);
+    EXPECT_FALSE(store->find("/a.mkv")->duration);
+    EXPECT_TRUE(told);
+    EXPECT_TRUE(store->isLoading("/a.mkv"));
+    EXPECT_EQ(store->analysisProgress("/a.mkv"), 0.25);
+    held->letAllGo();
+    finish("/a.mkv");
+    EXPECT_EQ(store->find("/a.mkv")->duration, 60);
+    EXPECT_FALSE(store->analysisProgress("/a.mkv"));
+}
+
+TEST_F(Stages, WhatAPersonTickedStaysWhenThePlanIsMadeAnew) {
+    store->analyse("/a.mkv");
+    untilBegun(1);
+    EXPECT_TRUE(store->setKeepSound("/a.mkv", 2, false));
+    EXPECT_TRUE(store->setKeepSubtitle("/a.mkv", "mkv4", true));
+    held->letAllGo();
+    finish("/a.mkv");
+    const ConvertPlan& plan = *store->find("/a.mkv");
+    EXPECT_EQ(plan.duration, 60);
+    EXPECT_FALSE(plan.audio[0].keep);
+    EXPECT_TRUE(plan.audio[0].touched);
+    EXPECT_TRUE(plan.subs[0].keep);
+}
+
+TEST_F(Stages, ATrackThatIsNotThereOrCannotBeKeptIsNotTicked) {
+    held->letAllGo();
+    store->analyse("/a.mkv");
+    finish("/a.mkv");
+    EXPECT_FALSE(store->setKeepSound("/a.mkv", 9, true));
+    EXPECT_FALSE(store->setKeepSound("/a.mkv", 3, true));
+    EXPECT_FALSE(store->setKeepSubtitle("/a.mkv", "mkv9", true));
+    EXPECT_FALSE(store->setKeepSound("/b.mkv", 2, true));
+}
+
+TEST_F(Stages, AStopEndsTheReadingOfTheFrames) {
+    store->analyse("/a.mkv");
+    untilBegun(1);
+    store->stop("/a.mkv");
+    EXPECT_FALSE(store->analysisProgress("/a.mkv"));
+    held->letAllGo();
+    while (store->freePlaces() < 2) Async::wait(Async::sleep(1ms));
+    EXPECT_TRUE(*stopped);
+    EXPECT_FALSE(store->find("/a.mkv")->duration);
+}
+
+TEST_F(Stages, FramesThatCannotBeReadLeaveThePlanOfTheFirstStage) {
+    PlanStore failing([](const PlanStore::Order& order) {
+        if (order.depth == PlanStore::Order::Depth::Frames) throw MFError("broken");
+        return std::optional(twoSounds());
+    });
+    auto planning = failing.planFor("/a.mkv");
+    const auto plan = Async::wait(std::move(planning));
+    ASSERT_TRUE(plan);
+    EXPECT_EQ(plan->audio.size(), 2u);
+}
+
+TEST_F(Stages, APlanIsBuiltOnDemandAndForMatroskaFilesAlone) {
+    held->letAllGo();
+    auto planning = store->planFor("/a.mkv");
+    EXPECT_TRUE(Async::wait(std::move(planning)));
+    auto none = store->planFor("/a.mp4");
+    EXPECT_FALSE(Async::wait(std::move(none)));
 }
 
 }  // namespace

@@ -173,8 +173,13 @@ TEST_F(Queueing, AConfirmedFileWithoutAMatchIsPassedOver) {
 
 class Converting : public Queueing {
 protected:
+    static ConvertPlan refused(const std::string& words) {
+        ConvertPlan plan = *convertible();
+        plan.videoVerdict = VideoVerdict::unsupported(words);
+        return plan;
+    }
     void planned(std::optional<ConvertPlan> plan) {
-        parts.planBuilder = [plan](const auto&, const auto&) { return plan; };
+        parts.planBuilder = [plan](const auto&) { return plan; };
         make();
     }
 };
@@ -191,7 +196,7 @@ TEST_F(Converting, AMatroskaFileWithoutAPlanCannotBeRead) {
 }
 
 TEST_F(Converting, APlanThatRefusesGivesItsReasonAndReasonsGoBehindTheNotice) {
-    planned(ConvertPlan{"Apple TV can't play it"});
+    planned(refused("Apple TV can't play it"));
     addConfirmed({"Charade (1963).mkv", "Sintel (2010).mkv"});
     add({file("Detour (1945).mp4")});
     queueAll();
@@ -201,16 +206,14 @@ TEST_F(Converting, APlanThatRefusesGivesItsReasonAndReasonsGoBehindTheNotice) {
 }
 
 TEST_F(Converting, ARefusalWithoutWordsSaysThatItCannotBeConverted) {
-    planned(ConvertPlan{""});
+    planned(refused(""));
     addConfirmed({"Charade (1963).mkv"});
     queueAll();
     EXPECT_EQ(model->notice, "Not added: Charade (1963).mkv: can't be converted");
 }
 
 TEST_F(Converting, AnAnalysisThatThrowsIsAFileThatCannotBeRead) {
-    parts.planBuilder = [](const auto&, const auto&) -> std::optional<ConvertPlan> {
-        throw MFError("broken");
-    };
+    parts.planBuilder = [](const auto&) -> std::optional<ConvertPlan> { throw MFError("broken"); };
     make();
     addConfirmed({"Charade (1963).mkv"});
     queueAll();
@@ -219,7 +222,7 @@ TEST_F(Converting, AnAnalysisThatThrowsIsAFileThatCannotBeRead) {
 }
 
 TEST_F(Converting, AConversionBecomesANewFileInTheOutputFolder) {
-    planned(ConvertPlan{});
+    planned(convertible());
     addConfirmed({"Charade (1963).mkv", "Sintel (2010).mov"});
     AppModel::outputOverride = "/new";
     queueAll();
@@ -232,6 +235,54 @@ TEST_F(Converting, AConversionBecomesANewFileInTheOutputFolder) {
         EXPECT_EQ(job.summary, "details and cover art");
         EXPECT_FALSE(tag(job, "©nam").empty());
     }
+}
+
+TEST_F(Converting, AFileWithoutVideoIsRefusedInThePlansWords) {
+    planned(ConvertPlan{});
+    addConfirmed({"Charade (1963).mkv"});
+    queueAll();
+    EXPECT_EQ(model->notice, "Not added: Charade (1963).mkv: no video track");
+}
+
+TEST_F(Converting, AFileThatIsNoMatroskaFileCannotBeRead) {
+    addConfirmed({"Charade (1963).mkv"});  // the real builder
+    queueAll();
+    EXPECT_EQ(model->notice, "Not added: Charade (1963).mkv: this file can't be read");
+}
+
+TEST_F(Converting, TheJobCarriesThePlanWithWhatThePersonTicked) {
+    ConvertPlan plan = *convertible();
+    plan.audio.push_back({.track = {.number = 2, .type = 2, .codecID = "A_AAC", .channels = 2},
+                          .keep = true,
+                          .canCopy = true});
+    plan.audio.push_back({.track = {.number = 3, .type = 2, .codecID = "A_AAC", .channels = 2},
+                          .keep = true,
+                          .canCopy = true});
+    plan.subs.push_back({.id = "mkv4", .track = MKVTrack{.number = 4}});
+    planned(plan);
+    addConfirmed({"Charade (1963).mkv"});
+    const auto file = library / "Charade (1963).mkv";
+    Async::wait(model->plans().finish(file));
+    ASSERT_TRUE(model->plans().setKeepSound(file, 3, false));
+    queueAll();
+    const auto& request = std::get<ConvertRequest>(onlyJob().request.mode);
+    ASSERT_TRUE(request.plan);
+    EXPECT_EQ(request.plan->video, 1);
+    ASSERT_EQ(request.plan->audio.size(), 1u);
+    EXPECT_EQ(request.plan->audio[0].track, 2);
+    EXPECT_EQ(onlyJob().summary, "1 sound, 1 subtitle removed");
+}
+
+TEST_F(Converting, ASummaryTellsWhatIsLeftOut) {
+    ConvertPlan plan;
+    EXPECT_EQ(AppModel::summary(plan), "");
+    plan.audio.resize(3);
+    plan.audio[0].keep = true;
+    EXPECT_EQ(AppModel::summary(plan), "2 sounds removed");
+    plan.subs.push_back({.id = "side:a.srt", .sidecar = "a.srt"});
+    EXPECT_EQ(AppModel::summary(plan), "2 sounds removed") << "it stays beside the film";
+    plan.subs.push_back({.id = "mkv4", .track = MKVTrack{}});
+    EXPECT_EQ(AppModel::summary(plan), "2 sounds, 1 subtitle removed");
 }
 
 using Returning = Queueing;

@@ -173,7 +173,7 @@ TEST_F(Rematching, TwoTypedShowsThatNoDatabaseKnowsAreTwoRows) {
 }
 
 TEST_F(Rematching, AMatroskaFileIsAnalysedAnewAndCanStillBeQueued) {
-    parts.planBuilder = [](const auto&, const auto&) { return ConvertPlan{}; };
+    parts.planBuilder = [](const auto&) { return convertible(); };
     make();
     add({file("Charade (1963).mkv")});
     Async::wait(model->rematchMovie(library / "Charade (1963).mkv", 201001));
