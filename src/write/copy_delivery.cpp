@@ -1,7 +1,5 @@
 #include "write/copy_delivery.h"
 
-#include <system_error>
-
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "write/outcome_wording.h"
@@ -20,17 +18,11 @@ fs::path targetIn(const fs::path& folder, const fs::path& file) {
     return folder / name;
 }
 
-void makeFolder(const fs::path& folder) {
-    std::error_code failed;
-    fs::create_directories(folder, failed);
-    if (failed) failWith("cannot create the copy folder", failed.value());
-}
-
 }  // namespace
 
 void saveCopy(WriteJob& job, const fs::path& folder) {
     constexpr const char* saving = "Saving a copy";
-    makeFolder(folder);
+    makeFoldersFor(folder, "cannot create the copy folder");
     const fs::path target = targetIn(folder, job.file());
     const std::string exists = Wording::copyExists(target.filename().string());
     if (isTaken(target)) throw MFError(exists);

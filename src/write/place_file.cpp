@@ -107,6 +107,12 @@ FileHandle claim(const fs::path& folder) {
 
 }  // namespace
 
+void makeFoldersFor(const fs::path& folder, const std::string& phrase) {
+    std::error_code failed;
+    fs::create_directories(folder, failed);
+    if (failed) failWith(phrase, failed.value());
+}
+
 bool moveIfFree(const fs::path& from, const fs::path& to) {
     if (renameIfFree(from, to) != 0) {
         if (errno == EEXIST) return false;

@@ -1,10 +1,15 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include "foundation/syscalls.h"
 
 namespace marlet {
+
+/// Makes a folder that a person chose for new files, with its parents, and as open to others as the
+/// person's own folders are. Fails with the phrase and the system's words.
+void makeFoldersFor(const std::filesystem::path& folder, const std::string& phrase);
 
 /// Moves a finished file to its name, durably. False when something has that name already: what
 /// is there is never replaced. Throws MFError for every other failure, and the name is free then.
