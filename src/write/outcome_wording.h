@@ -52,6 +52,8 @@ inline constexpr const char* trackGone =
 inline constexpr const char* pictureStays = "the picture can't be removed";
 inline constexpr const char* noOutputSpace = "Not enough free space in the output folder.";
 inline constexpr const char* noToolOutput = "MP4Box produced no output";
+inline constexpr const char* toolStays =
+    "MP4Box still has the rebuilt file open for writing; left untouched";
 inline constexpr const char* otherTracks =
     "the rebuilt file doesn't have the tracks that were meant to stay; left untouched";
 inline constexpr const char* otherTags =

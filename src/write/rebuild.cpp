@@ -9,6 +9,7 @@
 #include "foundation/file_ops.h"
 #include "mp4/sound_layout.h"
 #include "verify/rebuild_verifier.h"
+#include "write/guards.h"
 #include "write/in_place_tracks.h"
 #include "write/outcome_wording.h"
 #include "write/tag_restore.h"
@@ -22,6 +23,10 @@ namespace {
 
 constexpr std::array slices = {500, 250, 100};  // milliseconds
 constexpr std::size_t padBeyondTags = 4096;     // bytes, so that a later edit finds room
+
+std::vector<Track> tracksOf(const fs::path& file) {
+    return parseSummary(loadMoov(file), file, Detail::Yes).tracks;
+}
 
 /// A build at work. The tool gets a folder of its own: the private copy is the way back and what
 /// the result is proved against, so it must lie where the tool can't write.
@@ -39,11 +44,11 @@ public:
           ilst_(IlstEditor::ilstBox(target.atoms)) {}
 
     double run() {
-        setUp();
         double after = 0;
         int slice = 0;
         for (std::size_t attempt = 0; attempt < slices.size(); attempt++) {
             slice = slices[attempt];
+            setUp();
             layOut(attempt);
             bringTags();
             after = measureInterleave(output_);
@@ -71,7 +76,11 @@ private:
         return name;
     }
 
+    /// Each attempt begins with nothing of the one before: what the tool left could mislead it, and
+    /// the space that was asked for doesn't hold two results.
     void setUp() const {
+        clear();
+        Sys::unlink(output_);
         Durable::makeFolders(bench_ / "tmp");
         // The person's file name is data to the tool in no other place than behind this link.
         std::error_code failed;
@@ -115,18 +124,23 @@ private:
         for (std::string& note : TrackHeaders::restore(job_.staged, output_, removal_.keep))
             job_.outcome.changes.push_back(std::move(note));
         if (!removal_.isAny()) return;
-        if (parseSummary(loadMoov(output_), output_, Detail::Yes).tracks.size() !=
-            removal_.keep->size())
-            throw MFError(Wording::otherTracks);
-        InPlaceTracks::enable(removal_.enable, output_);
+        const std::vector<Track> tracks = tracksOf(output_);
+        if (tracks.size() != removal_.keep->size()) throw MFError(Wording::otherTracks);
+        InPlaceTracks::enable(TrackChoice::placesToEnable(removal_, tracks), output_);
     }
 
-    /// The journal may name it from here on.
-    void finish() const {
+    void clear() const {
         std::error_code ignored;
         fs::remove_all(bench_, ignored);
+    }
+
+    /// The journal may name it from here on. What is proved next must not change any more: a
+    /// process that the tool left behind could still hold it open, but not open it anew.
+    void finish() const {
+        clear();
         Durable::flushFile(output_);
         Durable::rename(output_, job_.candidate);
+        if (!TagWriter::openForWriting(job_.candidate).empty()) throw MFError(Wording::toolStays);
     }
 
     WriteJob& job_;
@@ -156,6 +170,7 @@ StepProgress proofProgress(const WriteJob& job) {
 }  // namespace
 
 double build(WriteJob& job, const TagTarget& target, const TrackRemoval& removal) {
+    job.report("Rebuilding for Apple TV", 0.34);
     return Build(job, target, removal).run();
 }
 
@@ -165,7 +180,10 @@ void prove(const WriteJob& job, const TagTarget& target, const TrackRemoval& rem
     terms.maxAfter = soundLayoutLimit;
     terms.allowTagChange = target.atoms != target.old;
     terms.keepIndices = removal.keep;
-    terms.enabledOnPurpose = {removal.enable.begin(), removal.enable.end()};
+    if (!removal.enable.empty()) {
+        const auto places = TrackChoice::placesToEnable(removal, tracksOf(job.candidate));
+        terms.enabledOnPurpose = {places.begin(), places.end()};
+    }
     const VerifyReport report =
         verifyRebuild(job.staged, job.candidate, terms, job.control, proofProgress(job));
     if (!report.reasons.empty()) throw MFError(Wording::verificationFailed(report.reasons));

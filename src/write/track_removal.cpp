@@ -4,14 +4,15 @@
 #include <array>
 #include <string_view>
 
-#include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "foundation/languages.h"
 #include "foundation/text.h"
 #include "mp4/sound_layout.h"
 #include "write/job_end.h"
+#include "write/media_language.h"
 #include "write/outcome_wording.h"
+#include "write/place_file.h"
 #include "write/rebuild.h"
 #include "write/write_gate.h"
 
@@ -40,9 +41,8 @@ const Track& trackAt(const std::vector<Track>& tracks, int index) {
 }
 
 std::string wordsOf(const Track& track) {
-    const bool isUnset = track.langRaw == 0 || track.language == "und";
     return (track.handler == sound ? "sound " : "subtitles ") +
-           Lang::name(isUnset ? "und" : track.language);
+           Lang::name(knownLanguage(track.language));
 }
 
 std::string countedTracks(std::size_t count) {
@@ -92,6 +92,13 @@ TrackRemoval choose(const std::vector<Track>& tracks, const std::vector<int>& dr
     return removal;
 }
 
+std::vector<int> placesToEnable(const TrackRemoval& removal, const std::vector<Track>& newTracks) {
+    std::vector<int> places;
+    for (const int each : removal.enable)
+        places.push_back(newTracks.at(static_cast<std::size_t>(each)).index);
+    return places;
+}
+
 TrackRemoval check(const WriteJob& job) {
     if (job.request.dropTracks.empty()) return {};
     if (!std::holds_alternative<WriteRequest::WriteDetails>(job.request.mode))
@@ -105,7 +112,7 @@ TrackRemoval check(const WriteJob& job) {
 }
 
 void deliver(WriteJob& job, const TrackRemoval& removal) {
-    Durable::makeFolders(*job.request.outputDir);
+    makeFoldersFor(*job.request.outputDir, "cannot create the output folder");
     const fs::path saved = Converter::deliver(job.candidate, job.file(), job.sourceMark,
                                               *job.request.outputDir, job.control, job.progress);
     const double after = measureInterleave(saved);

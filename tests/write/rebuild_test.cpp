@@ -86,6 +86,24 @@ TEST_F(RebuildTest, FinerSlicesAreTriedUntilTheSoundIsUnderTheLimit) {
     EXPECT_THAT(job_.labels, Not(Contains("Rebuilding with finer sound slices (100 ms)")));
 }
 
+TEST_F(RebuildTest, AnAttemptBeginsWithNothingOfTheOneBefore) {
+    // The space that is asked for at the start holds one result beside the private copy.
+    job_.useTool(
+        "work=${out%/*}; ls \"$work\" \"$work/tmp\" >&2; [ $slice = 500 ] || exit 7\n"
+        ": > \"$work/left\"; : > \"$work/tmp/left\"; cat \"$in\" > \"$out\"");
+    std::vector<std::string> names;
+    job_.at("Rebuilding with finer sound slices (250 ms)", [&] {
+        for (const auto& entry : fs::directory_iterator(job_.workFolder()))
+            names.push_back(entry.path().filename().string());
+    });
+    const WriteOutcome outcome = job_.write();
+    EXPECT_THAT(names, testing::UnorderedElementsAre(".lock", "Film.mp4", "rebuild"));
+    EXPECT_THAT(outcome.message, StartsWith("MP4Box failed (exit 7): "));
+    EXPECT_THAT(outcome.message, Not(HasSubstr("left")));
+    EXPECT_EQ(job_.now(), job_.original());
+    EXPECT_TRUE(job_.isTidy());
+}
+
 TEST_F(RebuildTest, TheFirstSliceNeedsNoNote) {
     job_.toolMakes({{0, buildMovie(laidOut(5))}});
     EXPECT_THAT(job_.write().changes, Not(Contains(StartsWith("sound interleaved"))));
@@ -248,6 +266,19 @@ TEST_F(RebuildTest, TheToolCanNotWriteThePrivateCopyNorTheOriginal) {
     EXPECT_EQ(job_.now(), job_.original());
     EXPECT_THAT(outcome.message, StartsWith("MP4Box failed (exit 9): "));
     EXPECT_THAT(outcome.message, Not(ContainsRegex("\n(original|copy)")));
+}
+
+TEST_F(RebuildTest, AResultThatAProcessOfTheToolsCanStillChangeIsRefused) {
+    job_.toolMakes({{0, buildMovie(laidOut(5))}});
+    const fs::path tool = *TagWriter::mp4box();
+    std::string script = textOf(readFile(tool));
+    // In a group of its own it outlives the tool, and it has to have come so far before that ends.
+    script +=
+        "exec 3<> \"$out\"\nsetsid sh -c ': > \"$1\"; exec sleep 2' sh \"${out%/*}/away\" &\n"
+        "while ! [ -e \"${out%/*}/away\" ]; do :; done\n";
+    writeFile(tool, viewOf(script));
+    expectUntouched(job_.write(), Status::failed,
+                    "MP4Box still has the rebuilt file open for writing; left untouched");
 }
 
 TEST_F(RebuildTest, ACancelWhileTheToolRunsLeavesTheFileAndNoFolder) {

@@ -139,6 +139,68 @@ TEST_F(TrackRemovalTest, SoundInLongStretchesIsFixedInTheNewFile) {
     expectUntouched();
 }
 
+TEST_F(TrackRemovalTest, AFolderThatIsMadeIsAsOpenToOthersAsThePersonsOwn) {
+    const fs::path byHand = output_ / "by hand";
+    fs::create_directory(byHand);
+    job_.request.outputDir = output_ / "new";
+    job_.write();
+    EXPECT_EQ(fs::status(output_ / "new").permissions(), fs::status(byHand).permissions());
+}
+
+TEST_F(TrackRemovalTest, AnOutputFolderThatCanNotBeMadeIsTold) {
+    job_.request.outputDir = output_.write("file", viewOf("a file")) / "folder";
+    EXPECT_EQ(job_.write().message, "cannot create the output folder: Not a directory");
+    expectUntouched();
+}
+
+TEST_F(TrackRemovalTest, ATrackThatCanNotBeReadDoesNotShiftTheNumbersOfTheOthers) {
+    Movie movie = fourTracks();
+    movie.tracks.insert(movie.tracks.begin(), evenTrack("meta", 40, 4, 100));
+    Bytes film = buildMovie(movie);
+    const std::size_t handler = textOf(film).find("hdlr");
+    film = patched(std::move(film), handler, viewOf("xxxx"));
+    job_.setFilm(film);
+    date_ = *FileOps::mtime(job_.file());
+    ASSERT_EQ(tracksOf(job_.file()).front().index, 1);
+
+    job_.request.dropTracks = {2};
+    const WriteOutcome outcome = job_.write();
+    ASSERT_EQ(name(outcome.status), "done") << outcome.message;
+    const auto tracks = tracksOf(*outcome.output);
+    ASSERT_EQ(tracks.size(), 3U);
+    EXPECT_EQ(tracks[0].index, 1);
+    EXPECT_EQ(tracks[1].language, "fre");
+    EXPECT_EQ(tracks[1].tkhdFlags & 1U, 1U);
+    expectUntouched();
+}
+
+TEST_F(TrackRemovalTest, OfTwoTracksWithOneNumberTheOtherIsNeverLeftOut) {
+    // The tool knows tracks by that number alone.
+    Bytes film = buildMovie(fourTracks());
+    std::size_t header = 0;
+    for (int i = 0; i < 3; i++) header = textOf(film).find("tkhd", header + 1);
+    film = patched(std::move(film), header + 4 + 12, be32(2));
+    job_.setFilm(film);
+    date_ = *FileOps::mtime(job_.file());
+    ASSERT_EQ(tracksOf(job_.file())[1].id, tracksOf(job_.file())[2].id);
+    for (const int index : {1, 2}) {
+        job_.request.dropTracks = {index};
+        const WriteOutcome outcome = job_.write();
+        EXPECT_EQ(name(outcome.status), "failed");
+        expectUntouched();
+        EXPECT_TRUE(fs::is_empty(output_.path())) << outcome.message;
+    }
+}
+
+TEST_F(TrackRemovalTest, ACopyIsMadeWithoutTheTracksToo) {
+    job_.request.copyTo = output_ / "copies";
+    const WriteOutcome outcome = job_.write();
+    EXPECT_EQ(outcome.message, "Saved a copy next to the original");
+    EXPECT_EQ(outcome.output, output_ / "copies" / "Film (Marlet).mp4");
+    EXPECT_EQ(tracksOf(*outcome.output).size(), 3U);
+    expectUntouched();
+}
+
 // --- refusals ------------------------------------------------------------------------------------
 
 TEST_F(TrackRemovalTest, ATrackThatIsGoneIsRefused) {
