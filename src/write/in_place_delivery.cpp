@@ -76,7 +76,7 @@ void InPlaceDelivery::editRegion() {
         close(journal);
         throw;
     }
-    if (!isVerified) takeBackEdit();
+    if (!isVerified) takeBackEdit(journal);
     close(journal);
 }
 
@@ -87,8 +87,7 @@ void InPlaceDelivery::applyEdit() {
     Durable::flushFile(job_.file());
 }
 
-void InPlaceDelivery::takeBackEdit() {
-    const WriteJournal journal = journalOf(job_.candidate);
+void InPlaceDelivery::takeBackEdit(const WriteJournal& journal) {
     try {
         IlstEditor::apply(candidate_.plan->undo(), job_.file());
         Durable::flushFile(job_.file());

@@ -25,7 +25,7 @@ private:
     void write();
     void editRegion();
     void applyEdit();
-    void takeBackEdit();
+    void takeBackEdit(const WriteJournal& journal);
     void overwrite();
     bool tryOverwrite(std::string& failure);
     void checkLayout();

@@ -115,7 +115,7 @@ std::vector<InPlaceTrack> tracksIn(ByteView moov) {
 std::vector<InPlaceTrack> read(const fs::path& file) {
     try {
         return tracksIn(loadMoov(file));
-    } catch (const MFError&) {
+    } catch (const std::exception&) {
         return {};
     }
 }
