@@ -98,6 +98,7 @@ constexpr std::array<Row, 3> masterRows = {{
 
 /// What can't be undone stays as it is stored: the track's data can't be read either.
 void undoCodecPrivate(TrackEntry& entry) {
+    if (entry.encodings.empty()) return;
     auto undone = ContentDecoder::undo(entry.encodings, ContentEncoding::codecPrivate,
                                        entry.track.codecPrivate, longestCodecPrivate);
     if (undone) entry.track.codecPrivate = std::move(*undone);
