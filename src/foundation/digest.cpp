@@ -38,6 +38,14 @@ std::string Sha256::hex() {
     return toHex(digest);
 }
 
+std::array<std::uint8_t, 32> Sha256::restart() {
+    std::array<std::uint8_t, 32> digest{};
+    if (EVP_DigestFinal_ex(context_->evp, digest.data(), nullptr) != 1 ||
+        EVP_DigestInit_ex(context_->evp, nullptr, nullptr) != 1)
+        throw std::runtime_error("SHA-256 failed");
+    return digest;
+}
+
 std::string sha256Hex(ByteView bytes) {
     Sha256 digest;
     digest.update(bytes);

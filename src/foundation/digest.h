@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -18,6 +20,8 @@ public:
     void update(ByteView bytes);
     /// Ends the digest: 64 lower-case hexadecimal characters.
     std::string hex();
+    /// The same as 32 bytes. Begins the next digest: many short ones are made with one object.
+    std::array<std::uint8_t, 32> restart();
 
 private:
     struct Context;

@@ -21,4 +21,13 @@ TEST(Sha256, PiecesGiveTheDigestOfTheWhole) {
     EXPECT_EQ(moved.hex(), sha256Hex(viewOf("abc")));
 }
 
+TEST(Sha256, OneObjectMakesManyDigests) {
+    Sha256 digest;
+    for (int i = 0; i < 2; i++) {
+        digest.update(viewOf("abc"));
+        EXPECT_EQ(toHex(digest.restart()), sha256Hex(viewOf("abc")));
+    }
+    EXPECT_EQ(digest.hex(), sha256Hex({}));
+}
+
 }  // namespace marlet
