@@ -173,14 +173,17 @@ TrackMedia fromSRT(const std::string& text, std::uint32_t flags, std::uint32_t w
     media.mediaHeader = MediaHeaders::subtitle();
     media.times.timescale = 1000;
     const std::uint8_t fontSize = SampleEntries::subtitleSize(static_cast<std::uint16_t>(height));
-    forEachStretch(parse(text), [&](std::int64_t length, const std::string& shown) {
+    const auto add = [&](std::int64_t length, const std::string& shown) {
         const Bytes sample = sampleOf(shown, fontSize, (flags & forced) != 0);
         media.frames.offsets.push_back(scratch.size());
         media.frames.sizes.push_back(static_cast<std::uint32_t>(sample.size()));
         media.times.durations.push_back(static_cast<std::uint32_t>(length));
         media.times.length += static_cast<std::uint64_t>(length);
         scratch.append(sample);
-    });
+    };
+    forEachStretch(parse(text), add);
+    // Some players show the last sample until the end of the film.
+    add(0, "");
     return media;
 }
 
