@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/syscalls.h"
 #include "foundation/tool_runner.h"
@@ -40,6 +41,14 @@ fs::path gpac() {
     return *tool;
 }
 
+/// Left to itself, gpac keeps the samples that it muxes in a file of /tmp, which is closed to it.
+fs::path homeIn(const fs::path& folder) {
+    fs::path home = folder / "home";
+    Durable::makeFolders(home / ".gpac");
+    Durable::writeFile(home / ".gpac" / "GPAC.cfg", viewOf("[core]\ntmp=" + home.string() + "\n"));
+    return home;
+}
+
 void takeOver(const fs::path& made, const fs::path& output) {
     const auto found = Sys::lstat(made);
     if (!found || !found->isRegular) return;
@@ -48,19 +57,20 @@ void takeOver(const fs::path& made, const fs::path& output) {
 
 }  // namespace
 
-void runTool(const fs::path& input, const std::vector<std::string>& filters, const fs::path& output,
-             RunControl& control) {
+void runTool(const ToolTask& task, RunControl& control) {
     const fs::path tool = gpac();
-    Sys::unlink(output);
-    const ToolFolder folder(fs::path(output) += ".making");
-    const fs::path made = folder.path() / output.filename();
-    std::vector<std::string> arguments{"-i", input.string()};
-    arguments.insert(arguments.end(), filters.begin(), filters.end());
-    arguments.insert(arguments.end(), {"-o", made.string()});
-    ToolRunner::run(tool, arguments,
-                    {.reads = {input}, .writes = {folder.path()}, .home = folder.path() / "home"},
-                    control);
-    takeOver(made, output);
+    Sys::unlink(task.output);
+    const ToolFolder folder(fs::path(task.output) += ".making");
+    const fs::path made = folder.path() / task.output.filename();
+    std::vector<std::string> arguments{"-i", task.input.string()};
+    arguments.insert(arguments.end(), task.filters.begin(), task.filters.end());
+    const std::string option = task.outputOption.empty() ? "" : ":" + task.outputOption;
+    arguments.insert(arguments.end(), {"-o", made.string() + option});
+    ToolRunner::run(
+        tool, arguments,
+        {.reads = {task.input}, .writes = {folder.path()}, .home = folder.path() / "home"},
+        control);
+    takeOver(made, task.output);
 }
 
 }  // namespace marlet::AudioConvert
