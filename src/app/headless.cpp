@@ -57,6 +57,17 @@ Task<bool> runIfRequested(AppModel& model, Options options) {
         co_await restoring;
         co_return true;
     }
+    // On the worker, so that a quit is heard meanwhile.
+    if (options.audioTest || options.mkvIn) {
+        std::function<std::string()> work = [options] {
+            return options.audioTest ? audioTest(*options.audioTest) : mkvAccount(*options.mkvIn);
+        };
+        auto reading = Async::onWorker(std::move(work));
+        const std::string text = co_await reading;
+        std::fputs(text.c_str(), stdout);
+        std::fflush(stdout);
+        co_return true;
+    }
     if (!options.tag.empty()) {
         auto running = runTagTest(model, options);
         co_await running;

@@ -29,6 +29,8 @@ struct Options {
     std::optional<std::filesystem::path> report;
     std::vector<std::filesystem::path> tag;
     std::optional<std::filesystem::path> outputDir;
+    std::optional<std::filesystem::path> audioTest;
+    std::optional<std::filesystem::path> mkvIn;
     std::vector<std::string> confirm;  ///< parts of file names
     std::vector<std::string> drop;     ///< as given, "PART:N,N"
     bool confirmAll = false;
@@ -64,6 +66,13 @@ void writeReport(const std::filesystem::path& to, const AppModel& model);
 
 /// Performs at most one mode. True when the program is to end.
 Task<bool> runIfRequested(AppModel& model, Options options);
+
+/// What the Matroska reader makes of a file, in lines.
+std::string mkvAccount(const std::filesystem::path& file);
+/// What the header of a WAV file says, and a test AAC made of it beside it ("NAME.test.m4a").
+std::string audioTest(const std::filesystem::path& wav);
+/// What becomes of a file in a conversion, in one line.
+std::string planLine(const ConvertPlan& plan);
 
 Task<> runTagTest(AppModel& model, Options options);
 Task<> restoreLastBatch(AppModel& model);

@@ -18,6 +18,8 @@ const std::map<std::string, Taker>& valued() {
         {"--report", [](Options& o, const std::string& value) { o.report = value; }},
         {"--tag", [](Options& o, const std::string& value) { o.tag.push_back(value); }},
         {"--output-dir", [](Options& o, const std::string& value) { o.outputDir = value; }},
+        {"--audio-test", [](Options& o, const std::string& value) { o.audioTest = value; }},
+        {"--mkv-in", [](Options& o, const std::string& value) { o.mkvIn = value; }},
         {"--drop", [](Options& o, const std::string& value) { o.drop.push_back(value); }},
         {"--confirm", [](Options& o, const std::string& value) { o.confirm.push_back(value); }},
     };

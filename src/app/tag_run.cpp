@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdio>
 
@@ -121,21 +120,45 @@ void printResults(const WriteQueue& queue) {
 Task<> makePlans(AppModel& model) {
     const std::vector<ResolvedFile> files = model.allFiles();
     for (const ResolvedFile& file : files) {
-        model.plans().analyse(file.file.url);
-        auto finishing = model.plans().finish(file.file.url);
-        co_await finishing;
+        auto planning = model.planFor(file.file.url);
+        co_await planning;
+    }
+}
+
+/// Ends when there is a plan to show, finished or not.
+Task<> waitForFirstPlan(AppModel& model, std::filesystem::path file) {
+    model.plans().analyse(file);
+    while (model.plans().find(file) == nullptr && model.plans().isLoading(file)) {
+        auto waiting = Async::sleep(2ms);
+        co_await waiting;
     }
 }
 
 Task<> timePlans(AppModel& model) {
-    static constexpr std::array fetches = {"first", "final"};
-    for (const char* label : fetches) {
+    const std::vector<ResolvedFile> files = model.allFiles();
+    for (const ResolvedFile& each : files) {
+        const std::filesystem::path file = each.file.url;
+        if (!PlanStore::needsPlan(file)) continue;
         const auto begun = std::chrono::steady_clock::now();
-        auto making = makePlans(model);
-        co_await making;
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
-        print("PLAN progress 100% after " + Text::fixed(took.count(), 1) + " s (" + label + ")");
+        const auto tell = [&](const char* label) {
+            const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
+            const double done = model.plans().analysisProgress(file).value_or(1);
+            print("PLAN progress " + Text::fixed(done * 100, 0) + "% after " +
+                  Text::fixed(took.count(), 1) + " s (" + label + ")");
+        };
+        auto waiting = waitForFirstPlan(model, file);
+        co_await waiting;
+        tell("first");
+        auto planning = model.planFor(file);
+        co_await planning;
+        tell("final");
     }
+}
+
+void printPlans(AppModel& model) {
+    for (const ResolvedFile& file : model.allFiles())
+        if (const ConvertPlan* const plan = model.plans().find(file.file.url))
+            print(planLine(*plan));
 }
 
 /// Adds what is ready and runs the queue, if that gave it anything to do.
@@ -193,6 +216,7 @@ Task<> runTagTest(AppModel& model, Options options) {
     if (options.planOnly) {
         auto planning = makePlans(model);
         co_await planning;
+        printPlans(model);
         co_return;
     }
     if (options.artReport) {
