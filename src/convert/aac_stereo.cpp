@@ -130,7 +130,8 @@ Mixed aacStereo(const fs::path& wavFile, const fs::path& out, RunControl& contro
     const PassingFile stereo(fs::path(out) += ".wav");
     step.writeMixed(stereo.path(), mixed.peakGain);
     const std::string bitRate = wav.channels == 1 ? "128k" : "192k";
-    runTool(stereo.path(), {"ffenc:c=aac:b=" + bitRate}, out, control);
+    // Flat: written as it comes, without a temporary file elsewhere. The film is laid out later.
+    runTool({stereo.path(), {"ffenc:c=aac:b=" + bitRate}, out, "store=flat"}, control);
     if (FileOps::size(out) == 0) throw MFError("no audio format");
     step.report(1);
     return mixed;

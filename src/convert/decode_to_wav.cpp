@@ -40,7 +40,7 @@ void correctSize(const fs::path& file, const WAV& wav) {
 
 void decodeToWAV(const fs::path& single, double sampleRate, const fs::path& out,
                  RunControl& control) {
-    runTool(single, {"ffdec", resampling(sampleRate)}, out, control);
+    runTool({single, {"ffdec", resampling(sampleRate)}, out}, control);
     const bool isLongEnough = FileOps::size(out) >= smallestSound;
     const WAV wav = isLongEnough ? readWAVHeader(out) : WAV{};
     if (wav.dataSize == 0) throw MFError("the sound track could not be decoded");

@@ -15,6 +15,8 @@ namespace marlet::AudioConvert {
 namespace {
 
 constexpr unsigned fastest = 0;
+/// Three frames of AC3: GPAC's encoder goes wrong on blocks that leave a part of a frame over.
+constexpr unsigned framesABlock = 3 * 1536;
 
 struct Deleter {
     void operator()(FLAC__StreamEncoder* encoder) const { FLAC__stream_encoder_delete(encoder); }
@@ -76,6 +78,7 @@ FLACWriter::FLACWriter(const std::filesystem::path& file, const Format& format)
     FLAC__stream_encoder_set_bits_per_sample(flac, static_cast<unsigned>(format.bits));
     FLAC__stream_encoder_set_sample_rate(flac, format.sampleRate);
     FLAC__stream_encoder_set_compression_level(flac, fastest);
+    FLAC__stream_encoder_set_blocksize(flac, framesABlock);
     FLAC__stream_encoder_set_streamable_subset(flac, 0);  // any rate up to the format's own limit
     const auto started = FLAC__stream_encoder_init_stream(flac, &Encoder::write, &Encoder::seek,
                                                           &Encoder::tell, nullptr, encoder_.get());

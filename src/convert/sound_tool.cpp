@@ -2,7 +2,6 @@
 
 #include <system_error>
 
-#include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/syscalls.h"
 #include "foundation/tool_runner.h"
@@ -39,14 +38,6 @@ fs::path gpac() {
     if (!tool || !Sys::stat(*tool))
         throw MFError("the media tool (gpac) is missing from this copy of Marlet");
     return *tool;
-}
-
-/// Left to itself, gpac keeps the samples that it muxes in a file of /tmp, which is closed to it.
-fs::path homeIn(const fs::path& folder) {
-    fs::path home = folder / "home";
-    Durable::makeFolders(home / ".gpac");
-    Durable::writeFile(home / ".gpac" / "GPAC.cfg", viewOf("[core]\ntmp=" + home.string() + "\n"));
-    return home;
 }
 
 void takeOver(const fs::path& made, const fs::path& output) {

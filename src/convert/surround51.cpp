@@ -71,7 +71,7 @@ void write51FLAC(const fs::path& wavFile, const WAV& wav, const fs::path& out,
 /// AC3 knows three rates, and an encoder that is given another one falls over it.
 void resampled51FLAC(const fs::path& atAnyRate, const fs::path& out, RunControl& control) {
     const PassingFile wav(fs::path(out) += ".wav");
-    runTool(atAnyRate, {"ffdec", "resample:osfmt=s16:osr=48000"}, wav.path(), control);
+    runTool({atAnyRate, {"ffdec", "resample:osfmt=s16:osr=48000"}, wav.path()}, control);
     const WAV usual = readWAVHeader(wav.path());
     if (!isSurround(usual) || !isAC3Rate(usual.sampleRate)) throw MFError("no 5.1 layout");
     write51FLAC(wav.path(), usual, out, control);
@@ -91,7 +91,7 @@ void surround51FLAC(const fs::path& wavFile, const fs::path& out, RunControl& co
 
 void ac3(const fs::path& flac, const fs::path& out, RunControl& control) {
     constexpr std::uint64_t smallestTrack = 1001;
-    runTool(flac, {"ffdec", "ffenc:c=ac3:b=640k"}, out, control);
+    runTool({flac, {"ffdec", "ffenc:c=ac3:b=640k"}, out}, control);
     if (FileOps::size(out) < smallestTrack) throw MFError("the AC3 5.1 track could not be made");
 }
 

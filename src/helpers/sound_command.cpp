@@ -1,6 +1,7 @@
 #include "helpers/sound_command.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "foundation/errors.h"
 
@@ -12,8 +13,9 @@ using Words = std::vector<std::string>;
 
 struct Form {
     Kind kind;
-    Words filters;  // of gpac
-    Words options;  // of ffmpeg
+    Words filters;            // of gpac
+    std::string_view ending;  // of gpac's output
+    Words options;            // of ffmpeg
 };
 
 const std::vector<Form>& forms() {
@@ -21,13 +23,24 @@ const std::vector<Form>& forms() {
     static const std::vector<Form> table{
         {Kind::decode,
          {"ffdec", "resample:osfmt=s16"},
+         "",
          {"-c:a", "pcm_s16le", "-fflags", "+bitexact", "-f", "wav"}},
         {Kind::resample,
          {"ffdec", "resample:osfmt=s16:osr=48000"},
+         "",
          {"-c:a", "pcm_s16le", "-ar", "48000", "-fflags", "+bitexact", "-f", "wav"}},
-        {Kind::ac3, {"ffdec", "ffenc:c=ac3:b=640k"}, {"-c:a", "ac3", "-b:a", "640k", "-f", "ac3"}},
-        {Kind::aac, {"ffenc:c=aac:b=192k"}, {"-c:a", "aac", "-b:a", "192k", "-f", "ipod"}},
-        {Kind::aacMono, {"ffenc:c=aac:b=128k"}, {"-c:a", "aac", "-b:a", "128k", "-f", "ipod"}},
+        {Kind::ac3,
+         {"ffdec", "ffenc:c=ac3:b=640k"},
+         "",
+         {"-c:a", "ac3", "-b:a", "640k", "-f", "ac3"}},
+        {Kind::aac,
+         {"ffenc:c=aac:b=192k"},
+         ":store=flat",
+         {"-c:a", "aac", "-b:a", "192k", "-f", "ipod"}},
+        {Kind::aacMono,
+         {"ffenc:c=aac:b=128k"},
+         ":store=flat",
+         {"-c:a", "aac", "-b:a", "128k", "-f", "ipod"}},
     };
     return table;
 }
@@ -44,13 +57,15 @@ Command parse(std::span<const std::string> arguments) {
     const std::size_t count = arguments.size();
     if (count > around && arguments[0] == "-i" && arguments[count - 2] == "-o") {
         const std::span<const std::string> filters = arguments.subspan(2, count - around);
+        const std::string& output = arguments[count - 1];
         for (const Form& form : forms())
-            if (std::ranges::equal(form.filters, filters))
-                return {form.kind, arguments[1], arguments[count - 1]};
+            if (std::ranges::equal(form.filters, filters) && output.ends_with(form.ending))
+                return {form.kind, arguments[1],
+                        output.substr(0, output.size() - form.ending.size())};
     }
     throw MFError(
         "this program takes -i IN ffdec resample:osfmt=s16[:osr=48000] -o OUT, -i IN ffdec "
-        "ffenc:c=ac3:b=640k -o OUT, or -i IN ffenc:c=aac:b=192k|128k -o OUT");
+        "ffenc:c=ac3:b=640k -o OUT, or -i IN ffenc:c=aac:b=192k|128k -o OUT:store=flat");
 }
 
 std::vector<std::string> forFFmpeg(const Command& command) {

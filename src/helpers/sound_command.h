@@ -26,8 +26,8 @@ struct Command {
 /// The command lines of gpac that Marlet uses, and no others:
 ///   -i IN ffdec resample:osfmt=s16[:osr=48000] -o OUT
 ///   -i IN ffdec ffenc:c=ac3:b=640k -o OUT
-///   -i IN ffenc:c=aac:b=192k -o OUT
-///   -i IN ffenc:c=aac:b=128k -o OUT
+///   -i IN ffenc:c=aac:b=192k -o OUT:store=flat
+///   -i IN ffenc:c=aac:b=128k -o OUT:store=flat
 /// Every place has one meaning, so that a path is never read as an option. Anything else is an
 /// MFError that says so.
 Command parse(std::span<const std::string> arguments);
