@@ -69,6 +69,7 @@ Command parse(std::span<const std::string> arguments) {
 }
 
 std::vector<std::string> forFFmpeg(const Command& command) {
+    // What Marlet gives in; a list of other files is none of it.
     Words words{"-nostdin",
                 "-hide_banner",
                 "-v",
@@ -76,6 +77,8 @@ std::vector<std::string> forFFmpeg(const Command& command) {
                 "-y",
                 "-protocol_whitelist",
                 "file",
+                "-format_whitelist",
+                "matroska,flac,wav",
                 "-i",
                 asFile(command.input),
                 "-map",
