@@ -1,11 +1,13 @@
 #include "helpers/track_request.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
 #include <string_view>
 
 #include "foundation/errors.h"
+#include "foundation/languages.h"
 
 namespace marlet::TrackRequests {
 
@@ -33,12 +35,17 @@ std::string fourCharacters(std::string_view option, std::string_view text) {
     return std::string(text);
 }
 
-/// Three letters (ISO 639-2), the only form that an `mdhd` can hold.
-std::string language(std::string_view option, std::string_view text) {
-    bool isCode = text.size() == 3;
-    for (const char letter : text) isCode = isCode && letter >= 'a' && letter <= 'z';
-    if (!isCode) refuse(option);
-    return std::string(text);
+bool isCode(std::string_view text) {
+    return text.size() == 3 &&
+           std::ranges::all_of(text, [](char letter) { return letter >= 'a' && letter <= 'z'; });
+}
+
+/// Three letters (ISO 639-2), the only form that an `mdhd` can hold. Other words are translated
+/// where they have such a code, and otherwise say nothing: no film fails for its language.
+std::string language(const std::string& text) {
+    if (isCode(text)) return text;
+    const std::string code = Lang::code(text).value_or("");
+    return isCode(code) ? code : "und";
 }
 
 using View = std::string_view;
@@ -50,7 +57,7 @@ struct Option {
 
 constexpr std::array<Option, 7> options = {{
     {"lang=", [](const TrackRequest& r) { return r.language.has_value(); },
-     [](TrackRequest& r, View option, View value) { r.language = language(option, value); }},
+     [](TrackRequest& r, View, View value) { r.language = language(std::string(value)); }},
     {"name=", [](const TrackRequest& r) { return r.name.has_value(); },
      [](TrackRequest& r, View, View value) { r.name = std::string(value); }},
     {"hdlr=", [](const TrackRequest& r) { return r.handler.has_value(); },

@@ -64,10 +64,20 @@ TEST(TrackRequest, LetsAPathHoldColonsAndHashes) {
     EXPECT_EQ(TrackRequests::parse("/home/#1/t2.m4a").file, "/home/#1/t2.m4a");
 }
 
+TEST(TrackRequest, TakesAnyLanguageAndKeepsOneThatTheHeaderCanHold) {
+    const auto language = [](const std::string& text) {
+        return TrackRequests::parse("a.mkv#1:lang=" + text).language;
+    };
+    EXPECT_EQ(language("fre"), "fre");
+    EXPECT_EQ(language("qaa"), "qaa");
+    EXPECT_EQ(language("en"), "eng");
+    EXPECT_EQ(language("x1"), "und");
+    EXPECT_EQ(language(""), "und");
+}
+
 TEST(TrackRequest, RefusesValuesThatAreNone) {
-    for (const char* option :
-         {"lang=en", "lang=EN1", "hdlr=sub", "txtflags=0x", "txtflags=0x1FFFFFFFF",
-          "group=", "group=40000", "group=-1", "delay=1.5", "delay=-3", "disable=1"})
+    for (const char* option : {"hdlr=sub", "txtflags=0x", "txtflags=0x1FFFFFFFF", "group=",
+                               "group=40000", "group=-1", "delay=1.5", "delay=-3", "disable=1"})
         EXPECT_EQ(failure("a.srt:" + std::string(option)),
                   "\"" + std::string(option) + "\" can't be understood")
             << option;
