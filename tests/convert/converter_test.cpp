@@ -1,0 +1,485 @@
+#include "convert/converter.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+
+#include "convert/convert_wording.h"
+#include "convert/film_conversion.h"
+#include "convert/mkv_files.h"
+#include "mp4/sound_layout.h"
+#include "support/media.h"
+
+namespace marlet::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Status = WriteOutcome::Status;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/// The picture and the English sound alone, which builtFilm holds.
+void keepPictureAndSound(FilmConversion& film) {
+    film.plan().subs.clear();
+    film.plan().audio.resize(1);
+    film.plan().hasChapters = false;
+}
+
+void expectFailure(FilmConversion& film, const std::string& message) {
+    const WriteOutcome outcome = film.run();
+    EXPECT_EQ(outcome.status, Status::failed);
+    EXPECT_EQ(outcome.message, message);
+    EXPECT_THAT(film.delivered(), IsEmpty());
+    EXPECT_TRUE(film.isUntouched());
+    EXPECT_FALSE(outcome.output);
+}
+
+TEST(Converter, MakesANewFileAndTellsWhatItIs) {
+    FilmConversion film;
+    film.useOwnTools();
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    const fs::path made = film.output() / "Movie.m4v";
+    EXPECT_EQ(outcome.output, made);
+    EXPECT_EQ(outcome.size, fs::file_size(made));
+    EXPECT_FALSE(outcome.rebuilt);
+    EXPECT_FALSE(outcome.before);
+    EXPECT_LE(*outcome.after, 1.0);
+    EXPECT_EQ(outcome.changes.front(), "converted to Movie.m4v");
+    EXPECT_THAT(outcome.message, StartsWith("New file Movie.m4v · video: 50 frames identical"));
+    EXPECT_THAT(film.labels,
+                ElementsAre("Preparing the tracks", "Preparing subtitles", "Building the new file",
+                            "Writing details", "Verifying", "Saving the new file", "Done"));
+    EXPECT_THAT(film.delivered(), ElementsAre("Movie.m4v"));
+    EXPECT_TRUE(film.isUntouched());
+    EXPECT_EQ(IlstEditor::currentIlst(made), film.request.atoms);
+    EXPECT_LE(measureInterleave(made), 1.0);
+}
+
+TEST(Converter, ANameThatIsTakenGetsANumber) {
+    FilmConversion film;
+    film.useOwnTools();
+    writeFile(film.output() / "Movie.m4v", bytesOf("mine"));
+    EXPECT_EQ(film.run().output, film.output() / "Movie 2.m4v");
+    EXPECT_EQ(readFile(film.output() / "Movie.m4v"), bytesOf("mine"));
+}
+
+TEST(Converter, ASourceOfAnyNameConverts) {
+    for (const char* name :
+         {"A: b #2 \"c\".mkv", "-x:name=Y+Z.mkv", "Ä 😀.mkv", "two\nlines.mkv", "#1.mkv"}) {
+        FilmConversion film(name);
+        film.useOwnTools();
+        const WriteOutcome outcome = film.run();
+        EXPECT_EQ(outcome.status, Status::done) << outcome.message;
+        EXPECT_EQ(film.delivered().size(), 1u);
+    }
+}
+
+TEST(Converter, OnlyTheLinkIsNamedToTheToolAndNamesAreCleaned) {
+    FilmConversion film("A: b.mkv");
+    film.useTool("exit 1");
+    film.plan().audio[0].name = "Director: \"one\" + two";
+    film.plan().subs[0].name = "Signs: all";
+    const std::string arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("/source.mkv#1:name=Video\n"));
+    EXPECT_THAT(arguments,
+                HasSubstr("/source.mkv#2:lang=eng:name=Director - one ＋ two:group=1\n"));
+    EXPECT_THAT(arguments, HasSubstr("/s1.srt:lang=eng:name=Signs - all:hdlr=sbtl"));
+    EXPECT_THAT(arguments, Not(HasSubstr("A: b")));
+    EXPECT_THAT(arguments, HasSubstr("-chap\n"));
+    EXPECT_LT(arguments.find("-chap\n"), arguments.find("-inter\n"));
+    EXPECT_THAT(arguments, EndsWith("/built.mp4\n"));
+}
+
+TEST(Converter, WithoutASubtitleThereIsNoGroupOfThem) {
+    FilmConversion film;
+    film.useTool("exit 1");
+    film.plan().subs.clear();
+    EXPECT_THAT(film.arguments(), Not(HasSubstr(":group=2")));
+}
+
+TEST(Converter, TheFirstForcedSubtitleShowsAndWithoutOneNone) {
+    FilmConversion film;
+    film.useTool("exit 1");
+    std::string arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("hdlr=sbtl:group=2:disable\n"));
+    EXPECT_THAT(arguments, HasSubstr("hdlr=sbtl:txtflags=0x40000000:group=2\n"));
+    film.plan().subs.push_back(film.plan().subs[1]);
+    EXPECT_THAT(film.arguments(), HasSubstr("txtflags=0x40000000:group=2:disable\n"));
+    film.plan().subs.resize(1);
+    arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("group=2:disable\n"));
+    EXPECT_THAT(arguments, Not(HasSubstr("group=2\n")));
+}
+
+TEST(Converter, TheFirstSoundMarkedDefaultPlaysAndWithoutAMarkTheFirst) {
+    FilmConversion film;
+    film.useTool("exit 1");
+    film.plan().audio[0].name = "English";
+    film.plan().audio.push_back(film.plan().audio[0]);
+    film.plan().audio[1].track = 3;
+    film.plan().audio[0].isDefault = false;
+    film.plan().audio[1].isDefault = true;
+    std::string arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("#2:lang=eng:name=English:group=1:disable\n"));
+    EXPECT_THAT(arguments, HasSubstr("#3:lang=eng:name=English:group=1\n"));
+    film.plan().audio[1].isDefault = false;
+    arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("#2:lang=eng:name=English:group=1\n"));
+    EXPECT_THAT(arguments, HasSubstr("#3:lang=eng:name=English:group=1:disable\n"));
+}
+
+TEST(Converter, AFirstBuildOverTheLimitIsBuiltAgainInFinerSlices) {
+    FilmConversion film;
+    keepPictureAndSound(film);
+    film.toolMakes({{500, builtFilm(1300)}, {0, builtFilm(800)}});
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    EXPECT_THAT(outcome.changes,
+                testing::Contains("sound interleaved in 250 ms slices to stay under the limit"));
+    EXPECT_THAT(film.labels, testing::Contains("Building again with finer sound slices (250 ms)"));
+}
+
+TEST(Converter, ThreeBuildsOverTheLimitAreGivenUp) {
+    FilmConversion film;
+    keepPictureAndSound(film);
+    const Bytes built = builtFilm(1300);
+    const std::string layout = [&] {
+        const TempFolder folder;
+        return ConvertWording::notFixable(measureInterleave(folder.write("b.mp4", built)));
+    }();
+    film.toolMakes({{0, built}});
+    expectFailure(film, layout);
+    EXPECT_THAT(layout, HasSubstr("the longest stretch with sound stored together is still 1."));
+    EXPECT_THAT(layout, EndsWith(" s (the limit is 1.0 s). The original was not touched."));
+    EXPECT_THAT(film.labels, testing::Contains("Building again with finer sound slices (100 ms)"));
+}
+
+TEST(Converter, WithoutTheToolItSaysSo) {
+    FilmConversion film;
+    expectFailure(film, "the media tool (MP4Box) is missing from this copy of Marlet");
+}
+
+TEST(Converter, NothingGoesIntoALockedMediaLibrary) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.request.outputDir = film.output() / "Media Library";
+    expectFailure(film,
+                  "This file is in your Media Library and “Allow changes to my Media Library” is "
+                  "off in Settings");
+}
+
+TEST(Converter, WhatIsNoMatroskaFileFails) {
+    FilmConversion film("Movie.mkv", bytesOf("not much of a film"));
+    film.useOwnTools();
+    expectFailure(film, "this file isn't a Matroska file Marlet can read yet");
+}
+
+TEST(Converter, WithoutAPlanItFails) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.request.plan.reset();
+    expectFailure(film, "no plan for this file");
+}
+
+TEST(Converter, AQuickTimeFilmIsRefusedInWords) {
+    FilmConversion film("Movie.mov");
+    expectFailure(film, "the media tool (MP4Box) is missing from this copy of Marlet");
+    film.useOwnTools();
+    expectFailure(film, "this version of Marlet can't convert files yet");
+}
+
+TEST(Converter, AFullWorkDiskIsToldWithTheNeed) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.plan().duration.reset();
+    const Sys::Fault full(Sys::Call::Space, EIO, 1, true);
+    expectFailure(film,
+                  "Not enough free space on the internal disk for the temporary files (need about "
+                  "5.53 GB).");
+}
+
+TEST(Converter, AFullOutputFolderIsTold) {
+    FilmConversion film;
+    film.useOwnTools();
+    const Sys::Fault full(Sys::Call::Space, EIO, 2);
+    expectFailure(film, "Not enough free space in the output folder.");
+}
+
+TEST(Converter, TheToolMustNumberTheTracksAsMatroskaDoes) {
+    FilmConversion film;
+    film.listing = "\\033[37m- Track 1 type: Audio - Codec x\\033[0m\\n";
+    film.useTool("exit 1");
+    expectFailure(film, "track 1 is not the kind of track Marlet expected (Audio)");
+    film.listing = "- Track 1 type: Video\\n- Track 2 \\033[32mtype: Text\\033[0m\\n";
+    film.useTool("exit 1");
+    expectFailure(film, "track 2 is not the kind of track Marlet expected (Text)");
+}
+
+TEST(Converter, ATrackThatTheToolDoesNotListIsNoFault) {
+    FilmConversion film;
+    film.listing = "- Track 7 type: Text\\n";
+    film.useTool("echo oh no; exit 3");
+    expectFailure(film, "MP4Box failed (exit 3): oh no");
+}
+
+TEST(Converter, AToolThatMakesNothingOrALinkFails) {
+    FilmConversion film;
+    film.useTool("exit 0");
+    expectFailure(film, "MP4Box produced no output");
+    film.useTool(": > \"$out\"");
+    expectFailure(film, "MP4Box produced no output");
+    film.useTool("mkdir \"$out\"");
+    expectFailure(film, "MP4Box produced no output");
+    film.useTool("ln -s '" + film.request.source.string() + "' \"$out\"; exit 0");
+    expectFailure(film, "MP4Box produced no output");
+}
+
+TEST(Converter, AToolCannotWriteTheOriginalOrBesideIt) {
+    FilmConversion film;
+    film.useTool(
+        "for each; do case $each in *source.mkv*) link=${each%%#*};; esac; done\n"
+        "echo x >> \"$link\"; echo x > '" +
+        film.beside("new").string() + "'\nexit 5");
+    EXPECT_THAT(film.run().message, StartsWith("MP4Box failed (exit 5): "));
+    EXPECT_TRUE(film.isUntouched());
+    EXPECT_FALSE(fs::exists(film.beside("new")));
+}
+
+TEST(Converter, AToolThatCannotBeStartedFailsInTheSystemsWords) {
+    FilmConversion film;
+    film.useTool("");
+    film.at("Preparing subtitles", [&] { fs::remove(MP4BoxLocator::helpersDir() / "MP4Box"); });
+    expectFailure(film, "No such file or directory");
+}
+
+TEST(Converter, DetailsThatDoNotComeBackAsTheyWereAreNotSaved) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.request.atoms[0].name = "©xyz";  // its bytes say ©nam
+    expectFailure(film, "the details were not written exactly; nothing was saved");
+}
+
+TEST(Converter, AFilmThatIsNotTheSourceIsNotSaved) {
+    FilmConversion film;
+    keepPictureAndSound(film);
+    Bytes built = builtFilm(500);
+    built[built.size() / 2] ^= 0xFF;
+    film.toolMakes({{0, built}});
+    const WriteOutcome outcome = film.run();
+    EXPECT_EQ(outcome.status, Status::failed);
+    EXPECT_THAT(outcome.message, StartsWith("verification failed: "));
+    EXPECT_THAT(outcome.message, HasSubstr("frames differ from the original"));
+    EXPECT_THAT(film.delivered(), IsEmpty());
+    EXPECT_TRUE(film.isUntouched());
+}
+
+TEST(Converter, AFileThatGrewItsSlicesMeanwhileIsNotSaved) {
+    FilmConversion film;
+    keepPictureAndSound(film);
+    film.useOwnTools();
+    const Bytes other = builtFilm(1300);
+    film.at("Verifying", [&] { writeFile(film.workFolder() / "built.mp4", other); });
+    const WriteOutcome outcome = film.run();
+    EXPECT_EQ(outcome.status, Status::failed);
+    EXPECT_THAT(outcome.message, StartsWith("the new file measures 1."));
+    EXPECT_THAT(outcome.message, EndsWith(" s (limit 1.0 s); nothing was saved"));
+    EXPECT_THAT(film.delivered(), IsEmpty());
+}
+
+TEST(Converter, ASourceThatIsTouchedMeanwhileIsNotDelivered) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.at("Verifying", [&] {
+        fs::last_write_time(film.request.source,
+                            fs::last_write_time(film.request.source) + std::chrono::seconds(5));
+    });
+    const WriteOutcome outcome = film.run();
+    EXPECT_EQ(outcome.message,
+              "the original changed while it was being converted; nothing was saved");
+    EXPECT_THAT(film.delivered(), IsEmpty());
+    EXPECT_FALSE(film.hasWorkFolders());
+}
+
+TEST(Converter, ACancelAtAnyStageLeavesNothing) {
+    for (const char* stage : {"Preparing the tracks", "Preparing subtitles",
+                              "Building the new file", "Writing details", "Verifying"}) {
+        FilmConversion film;
+        film.useOwnTools();
+        film.at(stage, [&] { film.control.cancel(); });
+        const WriteOutcome outcome = film.run();
+        EXPECT_EQ(outcome.status, Status::cancelled) << stage;
+        EXPECT_EQ(outcome.message, "cancelled; the original was not touched");
+        EXPECT_THAT(film.delivered(), IsEmpty());
+        EXPECT_TRUE(film.isUntouched());
+    }
+}
+
+TEST(Converter, ACancelEndsTheToolAtWork) {
+    FilmConversion film;
+    film.useTool("echo '(50/100)'; sleep 60");
+    film.at(
+        "Building the new file", [&] { film.control.cancel(); }, 0.41);
+    EXPECT_EQ(film.run().status, Status::cancelled);
+    EXPECT_THAT(film.delivered(), IsEmpty());
+    EXPECT_TRUE(film.isUntouched());
+}
+
+TEST(Converter, TheWorkFolderStaysWhenItIsAskedFor) {
+    FilmConversion film;
+    film.useOwnTools();
+    const ScopedEnv keep("MARLET_KEEP_WORK", "0");
+    EXPECT_EQ(film.run().status, Status::done);
+    ASSERT_TRUE(film.hasWorkFolders());
+    EXPECT_TRUE(fs::exists(film.workFolder() / "built.mp4"));
+    EXPECT_TRUE(fs::is_symlink(film.workFolder() / "source.mkv"));
+}
+
+TEST(Converter, APictureSubtitleIsLeftOutWithANote) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.plan().subs[0].kind = static_cast<int>(SubKind::picture);
+    film.plan().subs[0].name = "English";
+    const WriteOutcome outcome = film.run();
+    EXPECT_EQ(outcome.status, Status::done) << outcome.message;
+    EXPECT_THAT(outcome.changes,
+                testing::Contains("English: picture subtitles can't be read as text yet"));
+    EXPECT_EQ(probeValue(*outcome.output, "stream=codec_name").find("mov_text"),
+              probeValue(*outcome.output, "stream=codec_name").rfind("mov_text"));
+}
+
+TEST(Converter, ASubtitleWithoutLinesIsLeftOutWithANote) {
+    FilmConversion film;
+    film.useOwnTools();
+    ConvertPlanSnapshot::Sub gone{.id = "x", .track = 77, .name = "Ghost"};
+    ConvertPlanSnapshot::Sub lost{
+        .id = "y", .sidecar = film.beside("none.srt"), .kind = 2, .name = "Lost"};
+    writeFile(film.beside("nonsense.srt"), bytesOf("--> nothing 12 \xFF\xFE"));
+    ConvertPlanSnapshot::Sub nonsense{
+        .id = "z", .sidecar = film.beside("nonsense.srt"), .kind = 2, .name = "Nonsense"};
+    film.plan().subs = {gone, lost, nonsense};
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    for (const char* name : {"Ghost", "Lost", "Nonsense"})
+        EXPECT_THAT(
+            outcome.changes,
+            testing::Contains(std::string(name) + ": no subtitle lines could be read; left out"));
+    EXPECT_THAT(probeValue(*outcome.output, "stream=codec_name"), Not(HasSubstr("mov_text")));
+}
+
+TEST(Converter, SidecarsOfEveryEncodingAreRead) {
+    FilmConversion film;
+    film.useOwnTools();
+    const std::string srt = "1\n00:00:00,100 --> 00:00:00,900\n";
+    std::string wide = "\xFF\xFE";
+    for (const char each : srt + "x") wide += std::string{each, '\0'};
+    writeFile(film.beside("wide.srt"), bytesOf(wide));
+    writeFile(film.beside("latin.srt"), bytesOf(srt + "caf\xE9\n"));
+    film.plan().subs = {
+        {.id = "a", .sidecar = film.beside("wide.srt"), .kind = 2, .language = "eng", .name = "A"},
+        {.id = "b",
+         .sidecar = film.beside("latin.srt"),
+         .kind = 2,
+         .language = "fre",
+         .name = "B"}};
+    const ScopedEnv keep("MARLET_KEEP_WORK", "");
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    EXPECT_THAT(textOf(readFile(film.workFolder() / "s2.srt")), HasSubstr("café"));
+    EXPECT_THAT(textOf(readFile(film.workFolder() / "s1.srt")), HasSubstr("\nx\n"));
+}
+
+TEST(Converter, ASoundTrackThatIsNotThereFails) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.plan().audio[0] = {.track = 9, .language = "eng", .makeStereo = true, .channels = 2};
+    expectFailure(film, "sound track 9 not found");
+}
+
+TEST(Converter, SurroundOfFourChannelsFails) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.plan().audio[0].copy = false;
+    film.plan().audio[0].makeSurround = true;
+    film.plan().audio[0].channels = 4;
+    expectFailure(film, "surround conversion needs 6 or 8 channels");
+}
+
+TEST(Converter, WithoutTheSoundToolItSaysSo) {
+    FilmConversion film;
+    film.useTool("exit 1");
+    film.plan().audio[0].copy = false;
+    film.plan().audio[0].makeStereo = true;
+    expectFailure(film, "the media tool (gpac) is missing from this copy of Marlet");
+    EXPECT_THAT(film.labels, testing::Contains("Converting sound (English)"));
+}
+
+TEST(Converter, ConvertedSoundIsAACOfItsLanguageAndNothingOfItIsLeft) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.plan().audio[0].copy = false;
+    film.plan().audio[0].makeStereo = true;
+    const ScopedEnv keep("MARLET_KEEP_WORK", "");
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    EXPECT_THAT(outcome.message, HasSubstr("converted sound 2."));
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(film.workFolder() / "sound"))
+        left.push_back(entry.path().filename().string());
+    EXPECT_THAT(left, ElementsAre("t2.m4a"));
+}
+
+TEST(Converter, ALateTrackIsToldAsADelay) {
+    const TempFolder folder;
+    const std::string plain = folder.write("plain.mkv", plainFilm()).string();
+    merge(folder / "late.mkv", {"--sync", "1:300", plain});
+    FilmConversion film("Movie.mkv", readFile(folder / "late.mkv"));
+    film.plan().audio[0].name = "English";
+    film.useTool("exit 1");
+    const std::string arguments = film.arguments();
+    EXPECT_THAT(arguments, HasSubstr("#2:lang=eng:name=English:group=1:delay=300\n"));
+    EXPECT_THAT(arguments, HasSubstr("#1:name=Video\n"));
+}
+
+TEST(Converter, LinesKeepTheirPlaceWhenTheWholeFilmBeginsLate) {
+    const TempFolder folder;
+    const std::string plain = folder.write("plain.mkv", plainFilm()).string();
+    merge(folder / "late.mkv", {"--sync", "0:2000", "--sync", "1:2000", "--sync", "2:2000",
+                                "--sync", "3:2000", "--sync", "4:2000", plain});
+    FilmConversion film("Movie.mkv", readFile(folder / "late.mkv"));
+    film.useOwnTools();
+    film.plan().hasChapters = false;
+    const ScopedEnv keep("MARLET_KEEP_WORK", "");
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    EXPECT_THAT(textOf(readFile(film.workFolder() / "s1.srt")),
+                HasSubstr("00:00:00,500 --> 00:00:01,500"));
+}
+
+TEST(Converter, ATruncatedSourceGivesAProvedFileOrASentence) {
+    for (const double part : {0.3, 0.6, 0.95}) {
+        Bytes film = plainFilm();
+        film.resize(static_cast<std::size_t>(static_cast<double>(film.size()) * part));
+        FilmConversion cut("Movie.mkv", film);
+        cut.useOwnTools();
+        const WriteOutcome outcome = cut.run();
+        EXPECT_TRUE(outcome.status == Status::done || !outcome.message.empty());
+        EXPECT_EQ(cut.delivered().size(), outcome.status == Status::done ? 1u : 0u);
+        EXPECT_TRUE(cut.isUntouched());
+    }
+}
+
+TEST(ConvertWording, AMixIsLoweredByItsGainInDecibels) {
+    EXPECT_EQ(ConvertWording::mixLowered(0.5), "stereo mix lowered by 6.0 dB to avoid clipping");
+    EXPECT_EQ(ConvertWording::mixLowered(0), "stereo mix lowered by 80.0 dB to avoid clipping");
+}
+
+}  // namespace
+}  // namespace marlet::test
