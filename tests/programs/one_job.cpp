@@ -9,12 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "convert/converter.h"
+#include "convert/plan_builder.h"
 #include "foundation/file_ops.h"
+#include "foundation/languages.h"
 #include "foundation/records.h"
 #include "foundation/run_mode.h"
 #include "foundation/text.h"
 #include "foundation/work_area.h"
-#include "write/rebuild.h"
 #include "write/result_line.h"
 #include "write/tag_builder.h"
 #include "write/tag_writer.h"
@@ -78,7 +80,6 @@ CoverImage pictureAt(const fs::path& path) {
 struct Job {
     WriteRequest request;
     std::string label;
-    bool isConversion = false;
 };
 
 std::string labelOf(const Details& details, const fs::path& file) {
@@ -89,14 +90,33 @@ std::string labelOf(const Details& details, const fs::path& file) {
     return details.title.empty() ? file.filename().string() : details.title;
 }
 
+/// With a plan of its own making, as the review would make it. A file that can't be read has none.
+ConvertRequest conversionOf(const json& from, std::vector<Atom> atoms) {
+    ConvertRequest request;
+    request.source = from.at("file").get<std::string>();
+    request.atoms = std::move(atoms);
+    request.outputDir = folderOf(from, "outputDir").value_or(request.source.parent_path());
+    std::vector<std::string> languages;
+    for (const std::string& each : from.value("keepLanguages", std::vector<std::string>{"English"}))
+        for (std::string& code : Lang::parseList(each)) languages.push_back(std::move(code));
+    if (const auto mkv = MKVFile::open(request.source))
+        request.plan =
+            PlanBuilder::make(request.source, *mkv, languages,
+                              PlanBuilder::findSidecars(request.source), mkv->blockStats())
+                .snapshot();
+    return request;
+}
+
 WriteRequest::Mode modeOf(const json& from, const Details& details) {
     const std::string mode = from.value("mode", "details");
     if (mode == "restoreOriginal") return WriteRequest::RestoreOriginal{};
-    if (mode == "convert") return ConvertRequest{};
-    if (mode != "details") throw std::runtime_error("unknown mode \"" + mode + "\"");
+    if (mode != "details" && mode != "convert")
+        throw std::runtime_error("unknown mode \"" + mode + "\"");
     std::optional<CoverImage> artwork;
     if (const auto picture = folderOf(from, "artwork")) artwork = pictureAt(*picture);
-    return WriteRequest::WriteDetails{TagBuilder::atoms(details, artwork)};
+    std::vector<Atom> atoms = TagBuilder::atoms(details, artwork);
+    if (mode == "convert") return conversionOf(from, std::move(atoms));
+    return WriteRequest::WriteDetails{std::move(atoms)};
 }
 
 Job jobOf(const json& from) {
@@ -105,7 +125,6 @@ Job jobOf(const json& from) {
     const Details details = detailsOf(from.value("details", json::object()));
     job.label = labelOf(details, job.request.file);
     job.request.mode = modeOf(from, details);
-    job.isConversion = job.request.isConvert();
     take(from, "fixLayout", job.request.fixLayout);
     job.request.copyTo = folderOf(from, "copyTo");
     job.request.outputDir = folderOf(from, "outputDir");
@@ -115,10 +134,9 @@ Job jobOf(const json& from) {
 
 WriteOutcome run(const Job& job) {
     RunControl control;
-    if (!job.isConversion) return TagWriter::write(job.request, control, {});
-    WriteOutcome outcome;
-    outcome.message = TagWriter::mp4box() ? Rebuild::noConversion : Rebuild::missingForConversion;
-    return outcome;
+    if (const auto* const convert = std::get_if<ConvertRequest>(&job.request.mode))
+        return Converter::runAny(*convert, control);
+    return TagWriter::write(job.request, control, {});
 }
 
 /// A job has no state of its own for a run that stops: it failed.

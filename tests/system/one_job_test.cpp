@@ -64,10 +64,10 @@ TEST_F(OneJob, PutsTheOriginalDetailsBack) {
                 StartsWith("RESULT done: Film.mp4 | Original details restored | "));
 }
 
-TEST_F(OneJob, AConversionIsNotPartOfThisVersion) {
-    EXPECT_EQ(request(R"({"file":"FILE","mode":"convert","outputDir":"/tmp"})").output,
-              "RESULT failed: Film.mp4 | this version of Marlet can't convert files yet | layout "
-              "before - after -\n");
+TEST_F(OneJob, AFileThatIsNoMatroskaFileCannotBeConverted) {
+    EXPECT_EQ(request(R"({"file":"FILE","mode":"convert","outputDir":"new"})").output,
+              "RESULT failed: Film.mp4 | this file isn't a Matroska file Marlet can read yet | "
+              "layout before - after -\n");
 }
 
 TEST_F(OneJob, AStoppedWriteIsPrintedAsFailed) {
