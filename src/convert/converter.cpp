@@ -17,6 +17,7 @@
 #include "foundation/tool_runner.h"
 #include "mp4/sound_layout.h"
 #include "write/guards.h"
+#include "write/place_file.h"
 #include "write/rebuild.h"
 
 namespace marlet::Converter {
@@ -115,6 +116,7 @@ WriteOutcome convert(ConvertJob& job) {
     prepare(job);
     const double layout = BuildStep::run(job);
     prove(job);
+    makeFoldersFor(job.request.outputDir, "cannot create the output folder");
     const fs::path saved = deliver(job.built(), job.request.source, job.sourceMark,
                                    job.request.outputDir, job.control, job.progress);
     job.report("Done", 1);

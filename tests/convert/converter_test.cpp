@@ -71,6 +71,22 @@ TEST(Converter, ANameThatIsTakenGetsANumber) {
     EXPECT_EQ(readFile(film.output() / "Movie.m4v"), bytesOf("mine"));
 }
 
+TEST(Converter, AnOutputFolderThatIsMissingIsMade) {
+    FilmConversion film;
+    film.useOwnTools();
+    film.request.outputDir = film.output() / "new" / "films";
+    EXPECT_EQ(film.run().output, film.output() / "new" / "films" / "Movie.m4v");
+}
+
+TEST(Converter, AnOutputFolderThatCannotBeMadeIsTold) {
+    FilmConversion film;
+    film.useOwnTools();
+    writeFile(film.beside("file"), bytesOf("x"));
+    film.request.outputDir = film.beside("file") / "films";
+    EXPECT_THAT(film.run().message, StartsWith("cannot create the output folder: "));
+    EXPECT_TRUE(film.isUntouched());
+}
+
 TEST(Converter, ASourceOfAnyNameConverts) {
     for (const char* name :
          {"A: b #2 \"c\".mkv", "-x:name=Y+Z.mkv", "Ä 😀.mkv", "two\nlines.mkv", "#1.mkv"}) {
