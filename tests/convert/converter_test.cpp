@@ -12,6 +12,7 @@
 #include "convert/mkv_files.h"
 #include "mp4/sound_layout.h"
 #include "support/media.h"
+#include "support/mkv_builder.h"
 
 namespace marlet::test {
 namespace {
@@ -489,6 +490,45 @@ TEST(Converter, ATruncatedSourceGivesAProvedFileOrASentence) {
         EXPECT_TRUE(outcome.status == Status::done || !outcome.message.empty());
         EXPECT_EQ(cut.delivered().size(), outcome.status == Status::done ? 1u : 0u);
         EXPECT_TRUE(cut.isUntouched());
+    }
+}
+
+/// A picture and a sound track in a made-up file, and what stands in its cluster.
+Bytes hostile(std::initializer_list<Bytes> blocks, std::initializer_list<Bytes> more = {}) {
+    Bytes body = mkv::info();
+    Bytes entries = mkv::entry(1, 1, "V_MPEG4/ISO/AVC");
+    append(entries, mkv::entry(2, 2, "A_AAC"));
+    for (const Bytes& each : more) append(entries, each);
+    append(body, mkv::tracks({entries}));
+    append(body, mkv::cluster(0, blocks));
+    Bytes file = mkv::header();
+    append(file, mkv::segment({body}));
+    return file;
+}
+
+TEST(Converter, HostileFilesEndInASentence) {
+    const Bytes frame(40, 0x21);
+    Bytes tracks;
+    for (std::uint64_t i = 3; i < 1003; i++) append(tracks, mkv::entry(i, 2, "A_AC3"));
+    const Bytes picture = mkv::simpleBlock(1, 0, frame);
+    const std::vector<Bytes> films = {
+        hostile({}),                                                  // no frames at all
+        hostile({picture, mkv::simpleBlock(2, 0, frame)}),            // no configuration
+        hostile({picture, mkv::simpleBlock(2, -500, frame)}),         // before the start
+        hostile({picture, mkv::simpleBlock(2, 0, frame)}, {tracks}),  // a thousand tracks
+        hostile({picture, mkv::simpleBlock(2, 0, Bytes{0xFF, 0xFF},
+                                           mkv::keyframe | static_cast<std::uint8_t>(
+                                                               mkv::Lace::Xiph))}),  // broken lace
+    };
+    for (const Bytes& bytes : films) {
+        FilmConversion film("Movie.mkv", bytes);
+        film.useOwnTools();
+        if (!film.request.plan) film.request.plan = ConvertPlanSnapshot{.video = 1};
+        const WriteOutcome outcome = film.run();
+        EXPECT_EQ(outcome.status, Status::failed);
+        EXPECT_FALSE(outcome.message.empty());
+        EXPECT_THAT(film.delivered(), IsEmpty());
+        EXPECT_TRUE(film.isUntouched());
     }
 }
 
