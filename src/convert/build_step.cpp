@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "convert/convert_wording.h"
+#include "convert/picture_start.h"
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/syscalls.h"
@@ -66,6 +67,7 @@ double run(ConvertJob& job) {
         job.mux.slice = slices[attempt];
         setUp(job);
         build(job, attempt);
+        PictureStart::restore(job.built());
         IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
         layout = measureInterleave(job.built());
         if (layout <= soundLayoutLimit) break;

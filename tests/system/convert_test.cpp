@@ -217,6 +217,17 @@ TEST_P(Convert, ASecondConversionGetsANumber) {
     EXPECT_EQ(delivered().size(), 2U);
 }
 
+TEST_P(Convert, APictureThatStartsBehindTheSoundStaysInStep) {
+    // FFmpeg's own Matroska files begin with the encoder's run-in of the sound.
+    for (const char* delay : {"0", "0.4"}) {
+        ffmpeg({"-f", "lavfi", "-itsoffset", delay, "-i", "testsrc=size=64x36:rate=25:duration=2",
+                "-f", "lavfi", "-i", "sine=duration=3", "-c:v", "libx264", "-bf", "2", "-pix_fmt",
+                "yuv420p", "-c:a", "aac", file_.string()});
+        const auto result = convert();
+        EXPECT_EQ(result.lines("RESULT done").size(), 1U) << result.output;
+    }
+}
+
 TEST_P(Convert, AVideoThatAppleTVCannotPlayIsNotAdded) {
     ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=1", "-c:v", "libvpx-vp9",
             file_.string()});

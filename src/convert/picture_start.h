@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+namespace marlet::PictureStart {
+
+/// Hides the composition offset of a picture that begins late. A media tool that is told a delay
+/// writes an empty edit and lets the media begin at 0, so that a picture with B-frames is shown by
+/// its first composition offset too late. Where the edit list is just that, its second entry is set
+/// to the first frame that is shown (ISO/IEC 14496-12, 8.6.6): fields of fixed size, in place.
+void restore(const std::filesystem::path& built);
+
+}  // namespace marlet::PictureStart

@@ -1,0 +1,79 @@
+#include "convert/picture_start.h"
+
+#include <gtest/gtest.h>
+
+#include "mp4/summary.h"
+#include "support/box_builder.h"
+#include "support/temp_folder.h"
+
+namespace marlet::test {
+
+namespace {
+
+/// A picture of 25 frames with B-frames, whose first is shown 80 units after it is decoded.
+Movie filmWith(const std::vector<EditRow>& edits, const std::string& handler = "vide") {
+    Movie movie;
+    movie.tracks = {evenTrack(handler, 25, 10, 40)};
+    movie.tracks[0].edits = edits;
+    movie.tracks[0].tables = {cttsBox({{1, 80}, {1, 160}, {1, 80}, {1, 0}, {1, 40}, {20, 80}})};
+    return movie;
+}
+
+double startOf(const std::filesystem::path& file) {
+    return parseSummary(loadMoov(file), file, Detail::Yes).tracks.at(0).presOffset;
+}
+
+class PictureStartTest : public testing::Test {
+protected:
+    /// What the film's bytes are afterwards.
+    Bytes restored(const Movie& movie) {
+        before_ = buildMovie(movie);
+        file_ = folder_.write("built.mp4", before_);
+        PictureStart::restore(file_);
+        return readFile(file_);
+    }
+
+    TempFolder folder_;
+    std::filesystem::path file_;
+    Bytes before_;
+};
+
+TEST_F(PictureStartTest, ADelayedPictureIsShownByItsDelayAndNoMore) {
+    const Bytes now = restored(filmWith({{500, -1}, {1080, 0}}));
+    // Decoded from -0.08 s on, so that the first frame is shown at half a second.
+    EXPECT_NEAR(startOf(file_), 0.42, 1e-9);
+    EXPECT_EQ(now, buildMovie(filmWith({{500, -1}, {1000, 80}})));
+}
+
+TEST_F(PictureStartTest, AnEditListThatHidesTheOffsetAlreadyStays) {
+    EXPECT_EQ(restored(filmWith({{500, -1}, {1000, 80}})), before_);
+}
+
+TEST_F(PictureStartTest, APictureWithoutDelayStays) {
+    EXPECT_EQ(restored(filmWith({{1000, 80}})), before_);
+    EXPECT_EQ(restored(filmWith({{1000, 0}})), before_);
+    EXPECT_EQ(restored(filmWith({})), before_);
+}
+
+TEST_F(PictureStartTest, OtherEditsAreNobodysBusiness) {
+    EXPECT_EQ(restored(filmWith({{500, -1}, {400, 0}, {600, 400}})), before_);
+}
+
+TEST_F(PictureStartTest, SoundHasNoSuchOffset) {
+    EXPECT_EQ(restored(filmWith({{500, -1}, {1080, 0}}, "soun")), before_);
+}
+
+TEST_F(PictureStartTest, APictureShownInTheOrderOfDecodingStays) {
+    Movie movie = filmWith({{500, -1}, {1000, 0}});
+    movie.tracks[0].tables = {};
+    EXPECT_EQ(restored(movie), before_);
+}
+
+TEST_F(PictureStartTest, AFileThatIsNoFilmStays) {
+    const auto file = folder_.write("built.mp4", std::string_view("no film"));
+    EXPECT_NO_THROW(PictureStart::restore(file));
+    EXPECT_EQ(textOf(readFile(file)), "no film");
+}
+
+}  // namespace
+}  // namespace marlet::test
