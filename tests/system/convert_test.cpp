@@ -242,7 +242,10 @@ TEST_P(Convert, AVideoThatAppleTVCannotPlayIsNotAdded) {
 TEST_P(Convert, ThePlanIsShownBeforeAnythingIsDone) {
     const auto result = convert({"--plan-test", "--plan-only"});
     EXPECT_EQ(result.lines("PLAN progress ").size(), 2U) << result.output;
-    EXPECT_EQ(result.lines("PLAN progress 100% after ").size(), 2U) << result.output;
+    // The first may be there before a frame was counted.
+    const auto shown = result.lines("PLAN progress ");
+    EXPECT_TRUE(!shown.empty() && shown.back().starts_with("PLAN progress 100% after "))
+        << result.output;
     EXPECT_EQ(result.lines("plan: Charade (1963).mkv -> picture V_MPEG4/ISO/AVC copied; ").size(),
               1U)
         << result.output;
