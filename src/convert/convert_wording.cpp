@@ -48,19 +48,10 @@ std::string finerSlices(int milliseconds) {
     return "Building again with finer sound slices (" + std::to_string(milliseconds) + " ms)";
 }
 
-std::string slicesUsed(int milliseconds) {
-    return "sound interleaved in " + std::to_string(milliseconds) +
-           " ms slices to stay under the limit";
-}
-
 std::string notFixable(double layout) {
     return "Marlet could not make this file Apple TV-safe: even with the sound stored in 0.5, 0.25 "
            "and 0.1 s slices the longest stretch with sound stored together is still " +
            hundredths(layout) + " " + limit() + ". The original was not touched.";
-}
-
-std::string verificationFailed(const std::vector<std::string>& reasons) {
-    return "verification failed: " + Text::join(reasons, "; ");
 }
 
 std::string overLimit(double layout) {

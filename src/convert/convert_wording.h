@@ -4,16 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "write/outcome_wording.h"
+
 /// The sentences of a conversion. They are promises to the person, and an interface: other code
 /// recognises phrases in them.
 namespace marlet::ConvertWording {
 
+// The same sentences as those of a rebuild.
+using Wording::noOutputSpace;
+using Wording::noToolOutput;
+using Wording::slicesUsed;
+using Wording::verificationFailed;
+
 inline constexpr const char* noTool = "the media tool (MP4Box) is missing from this copy of Marlet";
 inline constexpr const char* unreadable = "this file isn't a Matroska file Marlet can read yet";
 inline constexpr const char* noPlan = "no plan for this file";
-inline constexpr const char* noOutputSpace = "Not enough free space in the output folder.";
 inline constexpr const char* surroundChannels = "surround conversion needs 6 or 8 channels";
-inline constexpr const char* noToolOutput = "MP4Box produced no output";
 inline constexpr const char* toolStays =
     "MP4Box still has the new file open for writing; nothing was saved";
 inline constexpr const char* otherTags = "the details were not written exactly; nothing was saved";
@@ -26,10 +32,8 @@ std::string otherKind(int track, const std::string& type);
 std::string mixLowered(double gain);
 std::string noLines(const std::string& subtitle);
 std::string finerSlices(int milliseconds);
-std::string slicesUsed(int milliseconds);
 /// Even the finest slices are too long.
 std::string notFixable(double layout);
-std::string verificationFailed(const std::vector<std::string>& reasons);
 std::string overLimit(double layout);
 std::string convertedTo(const std::string& name);
 std::string newFile(const std::string& name, const std::vector<std::string>& notes);

@@ -1,74 +1,9 @@
 #include "verify/conversion_reading.h"
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <future>
-
 #include "verify/sample_entries.h"
+#include "verify/side_by_side.h"
 
 namespace marlet::ConvertVerify {
-
-namespace {
-
-/// Below this a second thread costs more than it saves.
-constexpr std::uint64_t worthAThread = std::uint64_t{32} << 20;
-
-/// Counts for both threads, and tells the job's thread alone.
-class Share {
-public:
-    Share(std::uint64_t total, const StepProgress& progress)
-        : total_(std::max<std::uint64_t>(total, 1)), progress_(progress) {}
-
-    void add(std::uint64_t bytes) { bytes_ += bytes; }
-    void tell() const {
-        constexpr double start = 0.7;
-        constexpr double length = 0.16;
-        const double done = static_cast<double>(bytes_.load()) / static_cast<double>(total_);
-        if (progress_) progress_("Verifying", start + length * std::min(done, 1.0));
-    }
-
-private:
-    std::uint64_t total_;
-    std::atomic<std::uint64_t> bytes_ = 0;
-    const StepProgress& progress_;
-};
-
-/// Ends the work on one file when the other one has failed.
-struct Abandoned {};
-
-void sideBySide(const MKVFile& mkv, SourceTracks& sources, int fd, std::vector<BuiltFrames>& copies,
-                RunControl& control, Share& share) {
-    std::atomic<bool> hasFailed = false;
-    auto other = std::async(std::launch::async, [&] {
-        try {
-            readSource(mkv, sources, control, [&](std::uint64_t bytes) {
-                share.add(bytes);
-                if (hasFailed) throw Abandoned();
-            });
-        } catch (...) {
-            hasFailed = true;
-            throw;
-        }
-    });
-    try {
-        readBuilt(fd, copies, control, [&](std::uint64_t bytes) {
-            share.add(bytes);
-            share.tell();
-            if (hasFailed) throw Abandoned();
-        });
-        constexpr std::chrono::milliseconds betweenReports{200};
-        while (other.wait_for(betweenReports) != std::future_status::ready) share.tell();
-    } catch (const Abandoned&) {
-        other.get();  // throws what went wrong
-    } catch (...) {
-        hasFailed = true;  // the future waits for its thread
-        throw;
-    }
-    other.get();
-}
-
-}  // namespace
 
 void setReading(SourceFrames& frames, const MKVTrack& track, NALFilter skip,
                 std::size_t lengthSize) {
@@ -92,10 +27,11 @@ void readBoth(const MKVFile& mkv, SourceTracks& sources, int fd, std::vector<Bui
     for (const BuiltFrames& copy : copies)
         for (const std::uint32_t size : copy.track->sizes) bytes += size;
     // Of what is copied as much is read from the source.
-    Share share(2 * bytes, progress);
+    ReadShare share(2 * bytes, 0.7, 0.16, progress);
     share.tell();
     if (bytes >= worthAThread) {
-        sideBySide(mkv, sources, fd, copies, control, share);
+        sideBySide([&](const auto& done) { readSource(mkv, sources, control, done); },
+                   [&](const auto& done) { readBuilt(fd, copies, control, done); }, share);
     } else {
         const auto done = [&](std::uint64_t more) {
             share.add(more);
