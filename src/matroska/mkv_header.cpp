@@ -1,6 +1,7 @@
 // The Segment's children but its clusters (RFC 9559, 5.1).
 
 #include <algorithm>
+#include <map>
 
 #include "matroska/element_ids.h"
 #include "matroska/mkv_file.h"
@@ -12,6 +13,8 @@ namespace {
 
 /// No file has so many; each takes memory.
 constexpr std::size_t mostTracks = 65'536;
+/// A SeekHead tells of each of these elements once.
+constexpr std::size_t mostTold = 64;
 
 std::optional<Element> findSegment(HeaderReader& reader, std::uint64_t size) {
     ElementWalk walk = reader.walk(0, size);
@@ -42,12 +45,14 @@ std::uint64_t lastPosition(HeaderReader& reader, const Element& cues) {
 
 /// Walks the children of the Segment once: what stands behind the clusters is reached by stepping
 /// over them. Each step is a read from the disk, thousands in a film: where Cues tell where the
-/// last clusters are, the steps up to there are one leap.
+/// last clusters are, the steps up to there are one leap. What the SeekHead tells of in between is
+/// read on the way.
 struct MKVFile::Header {
     MKVFile& file;
     HeaderReader reader;
     std::optional<double> rawDuration = {};
-    std::optional<std::uint64_t> cuesPosition = {};  // from the Segment's payload
+    std::optional<std::uint64_t> cuesPosition = {};    // from the Segment's payload
+    std::map<std::uint64_t, std::uint32_t> told = {};  // what else the SeekHead tells of, by place
 
     bool parse() {
         const auto segment = findSegment(reader, file.size_);
@@ -66,8 +71,18 @@ struct MKVFile::Header {
         if (!cluster) return;
         file.firstClusterOffset_ = cluster->start;
         if (cluster->isUnknown) return;
-        ElementWalk walk = reader.walk(lastCluster(*cluster), file.segmentEnd_);
+        const std::uint64_t landing = lastCluster(*cluster);
+        takeTold(cluster->start, landing);
+        ElementWalk walk = reader.walk(landing, file.segmentEnd_);
         while (const auto element = walk.next()) take(*element);
+    }
+
+    void takeTold(std::uint64_t from, std::uint64_t to) {
+        const auto places = told;  // a SeekHead among them may tell of more: one is enough
+        for (const auto& [position, id] : places) {
+            const auto element = elementAt(position, id);
+            if (element && element->start > from && element->start < to) take(*element);
+        }
     }
 
     std::optional<Element> takeUpToCluster(std::uint64_t from) {
@@ -114,6 +129,10 @@ struct MKVFile::Header {
                 if (child->id == ElementID::seekPosition) position = reader.number(*child);
             }
             if (id == ElementID::cues) cuesPosition = position;
+            const bool isWanted =
+                id == ElementID::info || id == ElementID::tracks || id == ElementID::chapters;
+            if (isWanted && told.size() < mostTold)
+                told.try_emplace(position, static_cast<std::uint32_t>(id));
         }
     }
 
