@@ -16,6 +16,10 @@
 /// are passed over and what could be read stays.
 namespace marlet::PGSParser {
 
+/// Of all bitmaps of an event, and of what run lengths are decoded to: a screen of 7680 by 4320.
+/// Sizes that lie reach 65535 by 65535 and are cut to what was sent, at most to this.
+constexpr std::size_t mostPixels = std::size_t{7680} * 4320;
+
 /// A picture's place on the video plane, in pixels.
 struct Obj {
     int id = 0;
@@ -29,7 +33,7 @@ struct Obj {
 struct Bitmap {
     int w = 0;
     int h = 0;
-    Bytes idx;  ///< w * h
+    Bytes idx;  ///< w * h, never empty in an event
     bool operator==(const Bitmap&) const = default;
 };
 
@@ -49,8 +53,9 @@ struct ForcedStats {
     bool operator==(const ForcedStats&) const = default;
 };
 
-/// Hands out each event as soon as it has ended, in file order; holds no more than what is on the
-/// screen. Throws CancelError, and whatever the body throws.
+/// Hands out each event as soon as it has ended, in file order; what no composition ends is none.
+/// Holds no more than what is on the screen and the run lengths of an epoch, within bounds. Throws
+/// CancelError, and whatever the body throws.
 void forEachEvent(const MKVFile& mkv, const MKVTrack& track, RunControl& control,
                   const std::function<void(Event)>& body);
 
@@ -58,13 +63,14 @@ void forEachEvent(const MKVFile& mkv, const MKVTrack& track, RunControl& control
 /// CancelError.
 std::vector<Event> events(const MKVFile& mkv, const MKVTrack& track, RunControl& control);
 
-/// Counts compositions with objects, and those with a forced one. Reads heads of blocks and a few
-/// bytes of each, no picture. The progress may end the walk; then it is what was counted so far.
+/// Counts frames that begin with a composition of objects, and those with a forced one. Reads heads
+/// of blocks and a few bytes of each frame, no picture. The progress may end the walk; then it is
+/// what was counted so far.
 ForcedStats forcedStats(const MKVFile& mkv, const MKVTrack& track,
                         const MKVFile::WalkProgress& progress = {});
 
 /// Run lengths to width * height palette indices; what is missing stays 0, what is too much is
-/// dropped. Nothing for a size of no pixels.
+/// dropped. Nothing for a size of no pixels, or of more than `mostPixels`.
 Bytes decodeRLE(std::span<const std::uint8_t> rle, int width, int height);
 
 }  // namespace marlet::PGSParser

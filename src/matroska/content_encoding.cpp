@@ -31,34 +31,56 @@ std::optional<std::string> obstacle(const ContentEncoding& encoding) {
     return "it is compressed in a way that Marlet doesn't know";
 }
 
-std::optional<Bytes> inflate(ByteView data, std::size_t most) {
+struct Inflated {
+    Bytes bytes;
+    bool isWhole = false;  ///< to the end of the stream
+};
+
+/// As far as the data goes, and no further than `most` bytes.
+Inflated inflate(ByteView data, std::size_t most) {
+    Inflated result;
     z_stream stream{};
-    if (inflateInit(&stream) != Z_OK) return std::nullopt;
+    if (inflateInit(&stream) != Z_OK) return result;
     const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
-    if (data.size() > std::numeric_limits<uInt>::max()) return std::nullopt;
+    if (data.size() > std::numeric_limits<uInt>::max()) return result;
     stream.next_in = const_cast<Bytef*>(data.data());
     stream.avail_in = static_cast<uInt>(data.size());
 
-    Bytes result;
     std::array<std::uint8_t, 32768> piece;
-    for (int state = Z_OK; state != Z_STREAM_END;) {
+    for (int state = Z_OK; state == Z_OK;) {
         stream.next_out = piece.data();
         stream.avail_out = static_cast<uInt>(piece.size());
         state = ::inflate(&stream, Z_NO_FLUSH);
-        if (state != Z_OK && state != Z_STREAM_END) return std::nullopt;
         const std::size_t got = piece.size() - stream.avail_out;
-        if (got > most - result.size()) return std::nullopt;
-        append(result, ByteView(piece).first(got));
+        const std::size_t room = most - result.bytes.size();
+        append(result.bytes, ByteView(piece).first(std::min(got, room)));
+        if (got > room) return result;
+        result.isWhole = state == Z_STREAM_END;
     }
     return result;
 }
 
 std::optional<Bytes> undo(const ContentEncoding& encoding, Bytes data, std::size_t most) {
-    if (encoding.compression == Compression::Zlib) return inflate(data, most);
+    if (encoding.compression == Compression::Zlib) {
+        Inflated inflated = inflate(data, most);
+        if (!inflated.isWhole) return std::nullopt;
+        return std::move(inflated.bytes);
+    }
     if (encoding.settings.size() > most || data.size() > most - encoding.settings.size())
         return std::nullopt;
     data.insert(data.begin(), encoding.settings.begin(), encoding.settings.end());
     return data;
+}
+
+/// Those of a scope, the last encoding first.
+std::vector<const ContentEncoding*> stepsBack(const ContentEncodings& encodings,
+                                              ContentEncoding::Scope scope) {
+    std::vector<const ContentEncoding*> steps;
+    for (const ContentEncoding& encoding : encodings)
+        if ((encoding.scope & scope) != 0) steps.push_back(&encoding);
+    std::stable_sort(steps.begin(), steps.end(),
+                     [](const auto* a, const auto* b) { return a->order > b->order; });
+    return steps;
 }
 
 }  // namespace
@@ -74,18 +96,29 @@ std::optional<std::string> obstacle(const ContentEncodings& encodings) {
 
 std::optional<Bytes> undo(const ContentEncodings& encodings, ContentEncoding::Scope scope,
                           Bytes data, std::size_t most) {
-    std::vector<const ContentEncoding*> steps;
-    for (const ContentEncoding& encoding : encodings)
-        if ((encoding.scope & scope) != 0) steps.push_back(&encoding);
-    std::stable_sort(steps.begin(), steps.end(),
-                     [](const auto* a, const auto* b) { return a->order > b->order; });
-    for (const ContentEncoding* step : steps) {
+    for (const ContentEncoding* step : stepsBack(encodings, scope)) {
         if (obstacle(*step)) return std::nullopt;
         auto undone = undo(*step, std::move(data), most);
         if (!undone) return std::nullopt;
         data = std::move(*undone);
     }
     return data;
+}
+
+Bytes undoBeginning(const ContentEncodings& encodings, ContentEncoding::Scope scope,
+                    Bytes beginning, std::size_t most) {
+    // Between two steps it may have to be longer than in the end.
+    const std::size_t mostBetween = most + (std::size_t{64} << 10);
+    for (const ContentEncoding* step : stepsBack(encodings, scope)) {
+        if (obstacle(*step)) return {};
+        if (step->compression == Compression::Zlib) {
+            beginning = inflate(beginning, mostBetween).bytes;
+        } else {
+            beginning.insert(beginning.begin(), step->settings.begin(), step->settings.end());
+        }
+    }
+    beginning.resize(std::min(most, beginning.size()));
+    return beginning;
 }
 
 }  // namespace marlet::ContentDecoder

@@ -34,6 +34,10 @@ std::optional<std::string> obstacle(const ContentEncodings& encodings);
 /// damaged, when it can't be undone, or would grow beyond `most` bytes.
 std::optional<Bytes> undo(const ContentEncodings& encodings, ContentEncoding::Scope scope,
                           Bytes data, std::size_t most);
+/// As far as it goes, when only the beginning of the data is there: what comes out of it, at most
+/// `most` bytes. Damage ends it like the end of the data.
+Bytes undoBeginning(const ContentEncodings& encodings, ContentEncoding::Scope scope,
+                    Bytes beginning, std::size_t most);
 
 }  // namespace ContentDecoder
 }  // namespace marlet

@@ -48,6 +48,23 @@ std::vector<Bytes> MKVFile::data(const MKVBlock& block) const {
     return result;
 }
 
+Bytes MKVFile::head(const MKVBlock& block, const MKVBlock::Frame& frame, std::size_t most) const {
+    // Ahead of the first byte a compressed stream tells its codes, hardly ever in more.
+    constexpr std::size_t codes = 256;
+    constexpr std::size_t mostCodes = std::size_t{64} << 10;
+    const ContentEncodings& encoded = encodings(block.track);
+    const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(frame.size, 0));
+    for (std::size_t ahead = encoded.empty() ? 0 : codes;; ahead *= 4) {
+        const std::size_t length = std::min<std::uint64_t>(most + ahead, size);
+        Bytes bytes = stored({frame.offset, static_cast<std::int64_t>(length)}, length);
+        if (!encoded.empty())
+            bytes = ContentDecoder::undoBeginning(encoded, ContentEncoding::frames,
+                                                  std::move(bytes), most);
+        if (bytes.size() >= most || length == size || ahead == 0 || ahead >= mostCodes)
+            return bytes;
+    }
+}
+
 /// Less than the frame's size at the end of the file; nothing of a frame larger than `most`.
 Bytes MKVFile::stored(const MKVBlock::Frame& frame, std::size_t most) const {
     if (frame.size <= 0 || frame.offset >= size_) return {};

@@ -83,6 +83,9 @@ public:
     /// One byte array a frame, as it really is: content encodings are undone (RFC
     /// 9559, 5.1.4.1.31).
     std::vector<Bytes> data(const MKVBlock& block) const;
+    /// The first bytes of one of the block's frames, as it really is, at most so many. Reads as
+    /// much as that, of a compressed frame a few hundred bytes more.
+    Bytes head(const MKVBlock& block, const MKVBlock::Frame& frame, std::size_t most) const;
     /// In file order; `tracks` nothing: all.
     void forEachBlock(const std::optional<std::set<int>>& tracks, const WalkProgress& progress,
                       const BlockBody& body) const;
