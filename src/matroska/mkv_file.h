@@ -13,6 +13,7 @@
 #include "foundation/bytes.h"
 #include "foundation/syscalls.h"
 #include "matroska/content_encoding.h"
+#include "matroska/mkv_picture.h"
 
 namespace marlet {
 
@@ -39,6 +40,7 @@ struct MKVTrack {
     bool hasDolbyVisionConfig = false;
     std::uint64_t codecDelayNs = 0;
     std::uint64_t seekPreRollNs = 0;
+    MKVPicture picture;
     bool operator==(const MKVTrack&) const = default;
 };
 

@@ -16,6 +16,10 @@ struct TrackEntry {
 /// Of a TrackEntry of known size.
 TrackEntry readTrack(HeaderReader& reader, const Element& entry);
 
+/// Their parts of a TrackEntry, of known size as well.
+void readVideo(HeaderReader& reader, const Element& parent, MKVTrack& track);
+void readBlockAddition(HeaderReader& reader, const Element& parent, MKVTrack& track);
+
 ContentEncodings readEncodings(HeaderReader& reader, const Element& parent);
 
 /// Of a Chapters element of known size: the first edition that has any, sorted by their starts.

@@ -13,50 +13,12 @@ namespace {
 /// A CodecPrivate that grows beyond this when it is undone is no CodecPrivate.
 constexpr std::size_t longestCodecPrivate = std::size_t{32} << 20;
 
-constexpr std::uint64_t fourCharacters(const char (&text)[5]) {
-    std::uint64_t code = 0;
-    for (int i = 0; i < 4; i++) code = code << 8 | static_cast<std::uint8_t>(text[i]);
-    return code;
-}
-
-void readColour(HeaderReader& reader, const Element& parent, MKVTrack& track) {
-    // Transfer functions of HDR pictures (ITU-T H.273): PQ and HLG.
-    constexpr std::uint64_t pq = 16, hlg = 18;
-    ElementWalk walk = reader.children(parent);
-    while (const auto child = walk.next()) {
-        if (child->id == ElementID::bitsPerChannel) track.bitsPerChannel = reader.integer(*child);
-        if (child->id == ElementID::masteringMetadata) track.hasHDRColour = true;
-        if (child->id != ElementID::transferCharacteristics) continue;
-        const std::uint64_t transfer = reader.number(*child);
-        if (transfer == pq || transfer == hlg) track.hasHDRColour = true;
-    }
-}
-
-void readVideo(HeaderReader& reader, const Element& parent, MKVTrack& track) {
-    ElementWalk walk = reader.children(parent);
-    while (const auto child = walk.next()) {
-        if (child->id == ElementID::pixelWidth) track.pixelWidth = reader.integer(*child);
-        if (child->id == ElementID::pixelHeight) track.pixelHeight = reader.integer(*child);
-        if (child->isMaster(ElementID::colour)) readColour(reader, *child, track);
-    }
-}
-
 void readAudio(HeaderReader& reader, const Element& parent, MKVTrack& track) {
     ElementWalk walk = reader.children(parent);
     while (const auto child = walk.next()) {
         if (child->id == ElementID::channels) track.channels = reader.integer(*child);
         if (child->id == ElementID::samplingFrequency) track.sampleRate = reader.real(*child);
         if (child->id == ElementID::bitDepth) track.bitDepth = reader.integer(*child);
-    }
-}
-
-void readBlockAddition(HeaderReader& reader, const Element& parent, MKVTrack& track) {
-    ElementWalk walk = reader.children(parent);
-    while (const auto child = walk.next()) {
-        if (child->id != ElementID::blockAddIDType) continue;
-        const std::uint64_t type = reader.number(*child);
-        if (type == fourCharacters("dvcC") || type == fourCharacters("dvvC"))
-            track.hasDolbyVisionConfig = true;
     }
 }
 
