@@ -56,7 +56,22 @@ Bytes handler(BoxCode type, std::string_view name) {
 }
 
 Bytes matrix() {
-    return u32s({0x10000, 0, 0, 0, 0x10000, 0, 0, 0, 0x40000000});
+    return turned(0, 0, 0);
+}
+
+Bytes turned(int quarters, std::uint32_t width, std::uint32_t height) {
+    constexpr std::uint32_t one = 0x10000, minus = 0xFFFF0000, end = 0x40000000;
+    const std::uint32_t w = width << 16, h = height << 16;
+    switch (quarters) {
+        case 1:
+            return u32s({0, one, 0, minus, 0, 0, h, 0, end});
+        case 2:
+            return u32s({minus, 0, 0, 0, minus, 0, w, h, end});
+        case 3:
+            return u32s({0, minus, 0, one, 0, 0, 0, w, end});
+        default:
+            return u32s({one, 0, 0, 0, one, 0, 0, 0, end});
+    }
 }
 
 }  // namespace marlet::Boxes

@@ -24,5 +24,8 @@ std::uint16_t packedLanguage(std::string_view code);
 Bytes handler(BoxCode type, std::string_view name);
 /// The unity transformation (8.3.2), moved by whole pixels.
 Bytes matrix();
+/// The same for a picture of that size which is turned with the clock by 0 to 3 quarters and stays
+/// at the same corner.
+Bytes turned(int quarters, std::uint32_t width, std::uint32_t height);
 
 }  // namespace marlet::Boxes

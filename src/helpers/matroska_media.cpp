@@ -1,13 +1,16 @@
 #include "helpers/matroska_media.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "helpers/boxes.h"
 #include "helpers/dolby_sound.h"
+#include "helpers/picture_boxes.h"
 #include "helpers/picture_kind.h"
 #include "helpers/sample_entries.h"
+#include "matroska/run_in.h"
 
 namespace marlet {
 
@@ -39,8 +42,10 @@ void fillVideo(const MKVTrack& track, const MatroskaFrames& frames, const FileHa
     media.handler = boxCode("vide");
     media.mediaHeader = MediaHeaders::video();
     media.entry = SampleEntries::video(track);
-    media.width = static_cast<std::uint32_t>(std::clamp(track.pixelWidth, 0, 0x7FFF));
-    media.height = static_cast<std::uint32_t>(std::clamp(track.pixelHeight, 0, 0x7FFF));
+    const PictureBoxes::ShownSize shown = PictureBoxes::shownSize(track);
+    media.width = shown.width;
+    media.height = shown.height;
+    media.quarterTurns = PictureBoxes::quarterTurns(track);
     std::vector<std::int64_t> times;
     times.reserve(frames.timesNs.size());
     // The frames of a laced picture block are shown one after the other; there are no such files.
@@ -66,6 +71,18 @@ void fillDolby(const MKVTrack& track, const MatroskaFrames& frames, const FileHa
     frameLength = found->frameLength;
 }
 
+/// An encoder's run-in stays in the track, and an edit keeps it from being heard.
+void hideRunIn(const MKVTrack& track, const MatroskaFrames& frames, TrackTimes& times) {
+    constexpr double second = 1e9;
+    if (frames.timesNs.empty()) return;
+    const std::int64_t cut = RunIn::of(track, frames.timesNs.front().value_or(0)).cutNs;
+    const auto units = static_cast<std::uint64_t>(
+        std::llround(static_cast<double>(cut) * times.timescale / second));
+    if (units >= times.length) return;
+    times.mediaStart = units;
+    times.length -= units;
+}
+
 void fillSound(const MKVTrack& track, const MatroskaFrames& frames, const FileHandle& source,
                TrackMedia& media) {
     media.handler = boxCode("soun");
@@ -84,6 +101,7 @@ void fillSound(const MKVTrack& track, const MatroskaFrames& frames, const FileHa
                       ", which this program doesn't copy");
     }
     media.times = SoundTimes::make(frames.timesNs, rate, frameLength);
+    hideRunIn(track, frames, media.times);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "helpers/chunk_check.h"
 #include "helpers/matroska_media.h"
 #include "helpers/movie_track.h"
+#include "helpers/picture_boxes.h"
 #include "helpers/text_tracks.h"
 
 namespace marlet {
@@ -60,6 +61,12 @@ std::string readText(const fs::path& path) {
     const auto bytes = FileOps::readSmall(path, longestText);
     if (!bytes) throw MFError("\"" + path.filename().string() + "\" can't be read");
     return textOf(*bytes);
+}
+
+bool isPicture(const SourceFile& file, const MappedTrack& track) {
+    const auto hdlr = RawBoxes::only(file.moov, track.trak, {boxCode("mdia"), boxCode("hdlr")});
+    return hdlr &&
+           BigEndian::u32(file.moov, static_cast<std::int64_t>(hdlr->start) + 8) == boxCode("vide");
 }
 
 /// A source that several tracks may come from.
@@ -164,8 +171,10 @@ private:
             if (source.kind != Kind::Matroska) continue;
             const MKVTrack* const found = source.matroska->track(static_cast<int>(*track.track));
             if (found->type != 1 || found->pixelWidth <= 0 || found->pixelHeight <= 0) continue;
-            width_ = static_cast<std::uint32_t>(std::min(found->pixelWidth, 0x7FFF));
-            height_ = static_cast<std::uint32_t>(std::min(found->pixelHeight, 0x7FFF));
+            const PictureBoxes::ShownSize shown = PictureBoxes::shownSize(*found);
+            const bool isOnItsSide = PictureBoxes::quarterTurns(*found) % 2 == 1;
+            width_ = isOnItsSide ? shown.height : shown.width;
+            height_ = isOnItsSide ? shown.width : shown.height;
             return;
         }
     }
@@ -210,6 +219,7 @@ private:
                 const SourceFile& file = movie_.files[source.file];
                 const std::uint32_t id = MovieTracks::chosen(file, *source.movie, track.track);
                 const auto found = std::ranges::find(source.movie->tracks, id, &MappedTrack::id);
+                if (isPicture(file, *found)) nameChapters(place);
                 return put(MovieTracks::make(file, *found, track, place), source.file, {});
             }
             case Kind::Dolby: {
@@ -232,11 +242,15 @@ private:
         const MKVTrack& track = *source.matroska->track(number);
         const std::size_t file = frames.inScratch ? source.unpacked : source.file;
         const TrackMedia media = MatroskaMedia::make(track, frames, movie_.files[file].handle);
-        if (media.handler == boxCode("vide") && request_.chapters && !isChaptered_) {
-            place.chapterTrack = chapterID_;
-            isChaptered_ = true;
-        }
+        if (media.handler == boxCode("vide")) nameChapters(place);
         put(TrackBoxes::make(media, request, place), file, frames.prefix);
+    }
+
+    /// The first picture refers to the chapters.
+    void nameChapters(TrackPlace& place) {
+        if (!request_.chapters || isChaptered_) return;
+        place.chapterTrack = chapterID_;
+        isChaptered_ = true;
     }
 
     void addChapters() {

@@ -7,6 +7,7 @@
 #include "foundation/errors.h"
 #include "helpers/bit_reader.h"
 #include "helpers/boxes.h"
+#include "helpers/picture_boxes.h"
 
 namespace marlet::SampleEntries {
 
@@ -138,13 +139,14 @@ Bytes video(const MKVTrack& track) {
     if (!isAVC && track.codecID != "V_MPEGH/ISO/HEVC")
         throw MFError("track " + std::to_string(track.number) + " is " + track.codecID +
                       ", which this program doesn't copy");
+    const BoxCode hevc = PictureBoxes::needsDolbyVision(track) ? boxCode("dvh1") : boxCode("hvc1");
     constexpr std::uint32_t dotsPerInch = 72U << 16;
     const Bytes noName(32);
-    return Boxes::box(isAVC ? boxCode("avc1") : boxCode("hvc1"),
+    return Boxes::box(isAVC ? boxCode("avc1") : hevc,
                       {entryHead(), u32s({0, 0, 0, 0}),
                        u16s({pixels(track.pixelWidth), pixels(track.pixelHeight)}),
                        u32s({dotsPerInch, dotsPerInch, 0}), u16s({1}), noName, u16s({0x18, 0xFFFF}),
-                       configuration(track)});
+                       configuration(track), PictureBoxes::make(track)});
 }
 
 AACDescription aac(const MKVTrack& track) {

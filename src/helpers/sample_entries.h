@@ -14,8 +14,9 @@ Bytes description(ByteView entry);
 
 Bytes sound(BoxCode type, std::uint32_t channels, std::uint32_t rate, ByteView more);
 
-/// `avc1` or `hvc1` (ISO/IEC 14496-15) around the CodecPrivate, which is the record itself.
-/// MFError for another codec, or without that record.
+/// `avc1` or `hvc1` (ISO/IEC 14496-15) around the CodecPrivate, which is the record itself, and how
+/// the pictures are to be shown; `dvh1` for HEVC that only Dolby Vision shows right. MFError for
+/// another codec, or without that record.
 Bytes video(const MKVTrack& track);
 
 /// AAC (ISO/IEC 14496-14, 5.6): the CodecPrivate is the AudioSpecificConfig.

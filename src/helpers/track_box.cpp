@@ -36,7 +36,8 @@ Bytes trackHeader(const TrackMedia& media, const TrackRequest& request, const Tr
     return Boxes::full(
         boxCode("tkhd"), version, flags,
         {sized(0, version), sized(0, version), u32s({place.id, 0}), sized(length, version),
-         u32s({0, 0}), u16s({0, request.group.value_or(0), volume, 0}), Boxes::matrix(),
+         u32s({0, 0}), u16s({0, request.group.value_or(0), volume, 0}),
+         Boxes::turned(media.quarterTurns, media.width, media.height),
          u32s({media.width << 16, media.height << 16})});
 }
 

@@ -24,6 +24,7 @@ struct TrackMedia {
     Bytes mediaHeader;        ///< `vmhd`, `smhd`, `nmhd` or `gmhd`
     std::uint32_t width = 0;  ///< as shown, in pixels
     std::uint32_t height = 0;
+    int quarterTurns = 0;  ///< with the clock, before it is shown
     TrackTimes times;
     FrameList frames;
     bool allSync = true;
