@@ -48,14 +48,37 @@ bool cutDown(std::vector<Track>& tracks, const std::vector<int>& keep) {
     return true;
 }
 
+/// References and players tell tracks apart by their number.
+bool idsAreDistinct(const std::vector<Track>& tracks) {
+    std::unordered_set<std::uint32_t> ids;
+    return std::ranges::all_of(
+        tracks, [&](const Track& track) { return track.id != 0 && ids.insert(track.id).second; });
+}
+
+/// A file with all its tracks, and what is to be compared of it.
+struct Side : VerifiedSide {
+    std::vector<Track> chapterTracks;  ///< of a file whose chapters were made anew
+    bool hasDistinctIDs = true;
+};
+
 /// Nothing when a track to keep isn't there.
-std::optional<VerifiedSide> readSide(const fs::path& file, const Keep& keep) {
+std::optional<Side> readSide(const fs::path& file, const Keep& keep, bool hasNewChapters) {
     const Bytes moov = loadMoov(file);
-    VerifiedSide side;
+    Side side;
     side.summary = parseSummary(moov, file, Detail::Yes);
     if (tableBytes(side.summary) > mostTableBytes)
         throw MFError("the index is too large to be proved");
     if (keep && !cutDown(side.summary.tracks, *keep)) return std::nullopt;
+    side.hasDistinctIDs = idsAreDistinct(side.summary.tracks);
+    if (hasNewChapters) {
+        std::vector<Track>& tracks = side.summary.tracks;
+        const std::set<std::size_t> positions = chapterTracks(tracks);
+        for (auto i = positions.rbegin(); i != positions.rend(); ++i) {
+            const auto at = tracks.begin() + static_cast<std::ptrdiff_t>(*i);
+            side.chapterTracks.push_back(std::move(*at));
+            tracks.erase(at);
+        }
+    }
     side.playback = readPlayback(moov, side.summary);
     side.playback.brand = mainBrand(file);
     return side;
@@ -103,13 +126,6 @@ void compareMovies(const VerifiedSide& original, const VerifiedSide& rebuilt,
         report.reasons.push_back("movie header rate, volume or matrix differ");
 }
 
-/// References and players tell tracks apart by their number.
-bool idsAreDistinct(const std::vector<Track>& tracks) {
-    std::unordered_set<std::uint32_t> ids;
-    return std::ranges::all_of(
-        tracks, [&](const Track& track) { return track.id != 0 && ids.insert(track.id).second; });
-}
-
 /// Whether all samples lie in `mdat` boxes, where players look for them.
 bool liesInMediaData(const fs::path& file, const MP4Summary& summary) {
     std::map<std::uint64_t, std::uint64_t> ends;  // by start
@@ -143,6 +159,17 @@ void compareChapters(const fs::path& originalFile, const VerifiedSide& original,
     }
 }
 
+/// Each place where a player looks for chapters tells them.
+void compareNewChapters(const std::vector<Chapter>& wanted, const fs::path& file, const Side& side,
+                        VerifyReport& report) {
+    if (side.summary.chpl.empty() && side.chapterTracks.empty())
+        report.reasons.emplace_back("chapters were not carried over");
+    bool isSame = side.summary.chpl.empty() || isSameChapterList(wanted, side.summary.chpl);
+    for (const Track& track : side.chapterTracks)
+        isSame = isSame && isSameChapterList(wanted, chaptersInTrack(file, track));
+    if (!isSame) report.reasons.emplace_back("chapter titles or times differ from the original");
+}
+
 void compareTagBlocks(const MP4Summary& original, const MP4Summary& rebuilt, VerifyReport& report) {
     if (original.tags == rebuilt.tags) return;
     std::vector<std::string> lines = compareTags(original.tags, rebuilt.tags);
@@ -156,8 +183,8 @@ VerifyReport verifyRebuild(const fs::path& original, const fs::path& rebuilt,
                            const RebuildTerms& terms, RunControl& control,
                            const StepProgress& progress) {
     VerifyReport report;
-    auto before = readSide(original, terms.keepIndices);
-    auto after = readSide(rebuilt, std::nullopt);
+    auto before = readSide(original, terms.keepIndices, false);
+    auto after = readSide(rebuilt, std::nullopt, terms.newChapters.has_value());
     if (!before) {
         report.reasons.push_back("a track to keep isn't in the file");
         return report;
@@ -176,10 +203,13 @@ VerifyReport verifyRebuild(const fs::path& original, const fs::path& rebuilt,
     }
     compareMovies(*before, *after, terms, report);
     const std::set<std::size_t> chapters = chapterTracks(a.tracks);
-    compareChapters(original, *before, rebuilt, *after, chapters, report);
+    if (terms.newChapters)
+        compareNewChapters(*terms.newChapters, rebuilt, *after, report);
+    else
+        compareChapters(original, *before, rebuilt, *after, chapters, report);
     for (std::size_t i = 0; i < a.tracks.size(); i++)
         compareTracks(*before, *after, i, chapters.contains(i), terms, report);
-    if (idsAreDistinct(a.tracks) && !idsAreDistinct(b.tracks))
+    if (before->hasDistinctIDs && !after->hasDistinctIDs)
         report.reasons.push_back("a track's number is missing or used twice");
     if (!terms.allowTagChange) compareTagBlocks(a, b, report);
     if (!report.reasons.empty()) return report;

@@ -26,6 +26,9 @@ struct RebuildTerms {
     /// Which of the original's tracks (Track::index) are meant to stay, in order; nothing: all.
     std::optional<std::vector<int>> keepIndices;
     std::set<int> enabledOnPurpose;  ///< the rebuilt file's tracks that may have become enabled
+    /// The chapters were made anew: those that the rebuilt file is to tell. Its tracks of chapter
+    /// text don't count among its tracks then, and no list is compared with the original's.
+    std::optional<std::vector<Chapter>> newChapters;
 };
 
 /// Proves that `rebuilt` holds what `original` holds: structure, every table, tags, chapters, and a
