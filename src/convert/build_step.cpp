@@ -39,34 +39,44 @@ void takeOver(const ConvertJob& job) {
     Durable::rename(job.mux.output, job.built());
 }
 
-/// The tool may read the source and what was prepared, and write its bench.
-void build(ConvertJob& job, std::size_t attempt) {
+Stage stageOf(std::size_t attempt) {
     constexpr double start = 0.4;
     constexpr double step = 0.03;
-    const double from = start + step * static_cast<double>(attempt);
-    const std::string label =
-        attempt == 0 ? "Building the new file" : ConvertWording::finerSlices(slices[attempt]);
-    job.control.checkpoint();
-    job.report(label, from);
-    const ToolRunner::Confinement confinement{
-        .reads = job.mux.inputs(), .writes = {job.bench()}, .home = job.bench() / "home"};
-    ToolRunner::run(job.tool, job.mux.arguments(), confinement, job.control,
-                    [&](double done) { job.report(label, from + step * done); });
-    takeOver(job);
+    return {attempt == 0 ? ConvertWording::building : ConvertWording::finerSlices(slices[attempt]),
+            start + step * static_cast<double>(attempt), step};
 }
 
 }  // namespace
 
-double run(ConvertJob& job) {
-    const Bytes ilst = IlstEditor::ilstBox(job.request.atoms);
+void makeRoom(ConvertJob& job, const Bytes& ilst) {
     job.mux.scratch = job.bench() / "tmp";
     job.mux.output = job.bench() / "built.mp4";
     job.mux.pad = ilst.size() + padBeyondTags;
+}
+
+/// The tool may read the source and what was prepared, and write its bench.
+void build(ConvertJob& job, const Stage& stage) {
+    setUp(job);
+    job.control.checkpoint();
+    job.report(stage.label, stage.from);
+    const ToolRunner::Confinement confinement{
+        .reads = job.mux.inputs(), .writes = {job.bench()}, .home = job.bench() / "home"};
+    ToolRunner::run(job.tool, job.mux.arguments(), confinement, job.control,
+                    [&](double done) { job.report(stage.label, stage.from + stage.span * done); });
+    takeOver(job);
+}
+
+void requireAlone(const ConvertJob& job) {
+    if (!TagWriter::openForWriting(job.built()).empty()) throw MFError(ConvertWording::toolStays);
+}
+
+double run(ConvertJob& job) {
+    const Bytes ilst = IlstEditor::ilstBox(job.request.atoms);
+    makeRoom(job, ilst);
     double layout = 0;
     for (std::size_t attempt = 0; attempt < slices.size(); attempt++) {
         job.mux.slice = slices[attempt];
-        setUp(job);
-        build(job, attempt);
+        build(job, stageOf(attempt));
         PictureStart::restore(job.built());
         IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
         layout = measureInterleave(job.built());
@@ -75,9 +85,7 @@ double run(ConvertJob& job) {
     if (layout > soundLayoutLimit) throw MFError(ConvertWording::notFixable(layout));
     if (job.mux.slice != slices.front())
         job.notes.push_back(ConvertWording::slicesUsed(job.mux.slice));
-    // What is proved next must not change any more: a process that the tool left behind could still
-    // hold it open, but not open it anew.
-    if (!TagWriter::openForWriting(job.built()).empty()) throw MFError(ConvertWording::toolStays);
+    requireAlone(job);
     return layout;
 }
 

@@ -34,14 +34,15 @@ struct ConvertJob {
     /// Sound on its way. A decoder meets bytes from anywhere, so it has a folder of its own too.
     std::filesystem::path soundFolder() const { return folder.path() / "sound"; }
     /// The source as the tools see it: what a person called it never reaches their options.
-    std::filesystem::path link() const { return folder.path() / "source.mkv"; }
+    std::filesystem::path link() const { return folder.path() / linkName; }
     std::filesystem::path built() const { return folder.path() / "built.mp4"; }
 
     const ConvertRequest& request;
     RunControl& control;
     const StepProgress& progress;
+    const char* linkName = "source.mkv";
     std::filesystem::path tool;
-    std::unique_ptr<MKVFile> mkv;
+    std::unique_ptr<MKVFile> mkv;  ///< nothing for a QuickTime source
     Converter::SrcStat sourceMark;
     WorkFolder folder;
     TrackStarts starts;

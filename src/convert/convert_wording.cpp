@@ -20,6 +20,24 @@ std::string limit() {
 
 }  // namespace
 
+std::string otherPicture(const std::string& codec) {
+    return "the picture is " + codec +
+           ", not H.264 or HEVC: Apple TV can't play it, and Marlet never re-encodes video";
+}
+
+std::string otherSound(const std::string& codec) {
+    return "the sound is " + codec + ": only AAC, AC3 and E-AC3 are copied from a .mov";
+}
+
+std::string chaptersLeftOut(std::size_t lists) {
+    return std::to_string(lists) +
+           (lists == 1 ? " further list of chapters" : " further lists of chapters") + " left out";
+}
+
+std::string newCopy(const std::string& name) {
+    return newFile(name, {"every sample checked against the .mov"});
+}
+
 std::string noWorkSpace(std::int64_t need) {
     return "Not enough free space on the internal disk for the temporary files (need about " +
            formatBytes(need) + ").";

@@ -20,11 +20,24 @@ inline constexpr const char* noTool = "the media tool (MP4Box) is missing from t
 inline constexpr const char* unreadable = "this file isn't a Matroska file Marlet can read yet";
 inline constexpr const char* noPlan = "no plan for this file";
 inline constexpr const char* surroundChannels = "surround conversion needs 6 or 8 channels";
+inline constexpr const char* building = "Building the new file";
 inline constexpr const char* toolStays =
     "MP4Box still has the new file open for writing; nothing was saved";
 inline constexpr const char* otherTags = "the details were not written exactly; nothing was saved";
 inline constexpr const char* cancelled = "cancelled; the original was not touched";
 inline constexpr const char* picturesUnread = "picture subtitles can't be read as text yet";
+
+// Of the copy of a QuickTime film.
+inline constexpr const char* noWorkSpaceForCopy =
+    "Not enough free space on the internal disk for the temporary files.";
+inline constexpr const char* extraTracks =
+    "this .mov has extra tracks (timecode or similar); they can't be carried over yet";
+inline constexpr const char* noTracks = "this .mov has no picture or sound that could be copied";
+std::string otherPicture(const std::string& codec);
+std::string otherSound(const std::string& codec);
+/// Lists in other languages: a film keeps one.
+std::string chaptersLeftOut(std::size_t lists);
+std::string newCopy(const std::string& name);
 
 std::string noWorkSpace(std::int64_t need);
 std::string noSuchSound(int track);

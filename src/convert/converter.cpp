@@ -1,24 +1,19 @@
 #include "convert/converter.h"
 
-#include <cstdlib>
 #include <set>
-#include <system_error>
 
 #include "convert/build_step.h"
 #include "convert/chapter_file.h"
 #include "convert/convert_job.h"
 #include "convert/convert_wording.h"
+#include "convert/job_frame.h"
 #include "convert/sound_step.h"
 #include "convert/subtitle_step.h"
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "foundation/text.h"
-#include "foundation/tool_runner.h"
 #include "mp4/sound_layout.h"
-#include "write/guards.h"
-#include "write/place_file.h"
-#include "write/rebuild.h"
 
 namespace marlet::Converter {
 
@@ -27,10 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 void open(ConvertJob& job) {
-    const auto tool = TagWriter::mp4box();
-    if (!tool) throw MFError(ConvertWording::noTool);
-    job.tool = *tool;
-    WriteGuard::check(job.request.outputDir / "x");
+    JobFrame::open(job);
     job.mkv = MKVFile::open(job.request.source);
     if (!job.mkv) throw MFError(ConvertWording::unreadable);
     if (!job.request.plan) throw MFError(ConvertWording::noPlan);
@@ -53,14 +45,7 @@ void requireSpace(const ConvertJob& job) {
         static_cast<std::int64_t>(size * 1.15) + decodedSound(job.plan().duration);
     if (FileOps::freeSpace(job.folder.path(), true) < work)
         throw MFError(ConvertWording::noWorkSpace(work));
-    if (static_cast<double>(FileOps::freeSpace(job.request.outputDir, true)) < size * 1.1)
-        throw MFError(ConvertWording::noOutputSpace);
-}
-
-void linkSource(const ConvertJob& job) {
-    std::error_code failed;
-    fs::create_symlink(fs::absolute(job.request.source), job.link(), failed);
-    if (failed) failWith("cannot make the work folder", failed.value());
+    JobFrame::requireOutputSpace(job);
 }
 
 std::set<int> tracksOfSource(const ConvertPlanSnapshot& plan) {
@@ -88,7 +73,7 @@ void prepare(ConvertJob& job) {
     job.folder.create();
     requireSpace(job);
     job.control.checkpoint();
-    linkSource(job);
+    JobFrame::linkSource(job);
     checkTrackIDs(job.tool, job.link(), job.plan(), job.control);
     job.report("Preparing the tracks", 0.02);
     job.starts = TrackStarts(*job.mkv, tracksOfSource(job.plan()), job.control);
@@ -100,8 +85,7 @@ void prepare(ConvertJob& job) {
 
 void prove(ConvertJob& job) {
     job.report("Writing details", 0.68);
-    if (IlstEditor::currentIlst(job.built()) != job.request.atoms)
-        throw MFError(ConvertWording::otherTags);
+    JobFrame::requireTags(job);
     job.report("Verifying", 0.7);
     ConvertVerify::Report report = ConvertVerify::run(*job.mkv, job.plan(), job.built(),
                                                       job.expected, job.control, job.progress);
@@ -116,48 +100,23 @@ WriteOutcome convert(ConvertJob& job) {
     prepare(job);
     const double layout = BuildStep::run(job);
     prove(job);
-    makeFoldersFor(job.request.outputDir, "cannot create the output folder");
-    const fs::path saved = deliver(job.built(), job.request.source, job.sourceMark,
-                                   job.request.outputDir, job.control, job.progress);
-    job.report("Done", 1);
-
-    const std::string name = saved.filename().string();
-    WriteOutcome outcome;
-    outcome.status = WriteOutcome::Status::done;
+    WriteOutcome outcome = JobFrame::deliver(job);
     outcome.after = layout;
-    outcome.size = FileOps::size(saved);
-    outcome.output = saved;
-    outcome.changes = {ConvertWording::convertedTo(name)};
-    outcome.changes.insert(outcome.changes.end(), job.notes.begin(), job.notes.end());
-    outcome.message = ConvertWording::newFile(name, job.notes);
+    outcome.message = ConvertWording::newFile(outcome.output->filename().string(), job.notes);
     return outcome;
 }
 
 }  // namespace
 
 WriteOutcome run(const ConvertRequest& request, RunControl& control, const StepProgress& progress) {
-    WriteOutcome outcome;
-    try {
-        ConvertJob job(request, control, progress);
-        if (std::getenv("MARLET_KEEP_WORK") != nullptr) job.folder.keep();
-        return convert(job);
-    } catch (const CancelError&) {
-        outcome.status = WriteOutcome::Status::cancelled;
-        outcome.message = ConvertWording::cancelled;
-    } catch (const std::exception& failure) {
-        outcome.status = WriteOutcome::Status::failed;
-        outcome.message = failure.what();
-    }
-    return outcome;
+    return JobFrame::run(request, control, progress, convert);
 }
 
 WriteOutcome runAny(const ConvertRequest& request, RunControl& control,
                     const StepProgress& progress) {
     const std::string extension = Text::lower(request.source.extension().string());
-    if (extension != ".mov") return run(request, control, progress);
-    WriteOutcome outcome;
-    outcome.message = TagWriter::mp4box() ? Rebuild::noConversion : ConvertWording::noTool;
-    return outcome;
+    return extension == ".mov" ? runMOV(request, control, progress)
+                               : run(request, control, progress);
 }
 
 }  // namespace marlet::Converter

@@ -12,8 +12,13 @@ namespace marlet::Converter {
 WriteOutcome run(const ConvertRequest& request, RunControl& control,
                  const StepProgress& progress = {});
 
-/// The road of one conversion by its source: QuickTime films can't be converted yet and fail in
-/// words.
+/// Makes a new M4V of a QuickTime film that needs no more than another container: every sample is
+/// copied, and proved. One that holds anything else is refused in words that say what, before any
+/// disk space is taken. The request's plan isn't used; the rest is as in run().
+WriteOutcome runMOV(const ConvertRequest& request, RunControl& control,
+                    const StepProgress& progress = {});
+
+/// The road of one conversion by its source.
 WriteOutcome runAny(const ConvertRequest& request, RunControl& control,
                     const StepProgress& progress = {});
 

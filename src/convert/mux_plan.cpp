@@ -17,7 +17,7 @@ std::string argument(const MuxTrack& track) {
     std::string text = track.file.string();
     if (track.number) text += "#" + std::to_string(*track.number);
     if (!track.language.empty()) text += ":lang=" + track.language;
-    text += ":name=" + track.name;
+    if (track.name) text += ":name=" + *track.name;
     if (track.group == MuxTrack::Group::subtitles) text += ":hdlr=sbtl";
     if (track.isForced) text += ":txtflags=0x40000000";
     if (track.group != MuxTrack::Group::none)

@@ -15,10 +15,10 @@ struct MuxTrack {
     enum class Group { none = 0, sound = 1, subtitles = 2 };
 
     std::filesystem::path file;
-    std::optional<int> number;  ///< of the track in the file; nothing: the file has just one
-    std::string language;       ///< three letters; empty: none is told
-    std::string name;           ///< cleaned
-    std::int64_t delayMs = 0;   ///< from the start of the film to the first frame
+    std::optional<int> number;        ///< of the track in the file; nothing: the file has just one
+    std::string language;             ///< three letters; empty: none is told
+    std::optional<std::string> name;  ///< cleaned; nothing: the source's own
+    std::int64_t delayMs = 0;         ///< from the start of the film to the first frame
     Group group = Group::none;
     bool isEnabled = true;
     bool isForced = false;  ///< of a subtitle: each of its lines is to be shown

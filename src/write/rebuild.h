@@ -39,10 +39,6 @@ inline constexpr const char* missingForFix =
     "the media tool (MP4Box) is missing from this copy of Marlet, so the Apple TV fix can't run";
 inline constexpr const char* missingForTracks =
     "the media tool (MP4Box) is missing from this copy of Marlet, so tracks can't be removed";
-inline constexpr const char* missingForConversion =
-    "the media tool (MP4Box) is missing from this copy of Marlet";
-
-inline constexpr const char* noConversion = "this version of Marlet can't convert files yet";
 
 /// Builds WriteJob::candidate from the private copy: slices of 500, 250 and 100 ms, the intended
 /// tags, the original's dates and languages, the default sound track. Not proved yet. Notes join

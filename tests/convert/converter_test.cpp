@@ -206,13 +206,6 @@ TEST(Converter, WithoutAPlanItFails) {
     expectFailure(film, "no plan for this file");
 }
 
-TEST(Converter, AQuickTimeFilmIsRefusedInWords) {
-    FilmConversion film("Movie.mov");
-    expectFailure(film, "the media tool (MP4Box) is missing from this copy of Marlet");
-    film.useOwnTools();
-    expectFailure(film, "this version of Marlet can't convert files yet");
-}
-
 TEST(Converter, AFullWorkDiskIsToldWithTheNeed) {
     FilmConversion film;
     film.useOwnTools();
