@@ -39,6 +39,7 @@ struct SourceFilm {
     std::vector<SourceFrame> picture;
     std::vector<SourceFrame> sound;
     std::vector<SourceFrame> other;
+    std::string soundCodec = "A_AC3";
     std::vector<Bytes> soundMore;    ///< of the track's entry
     std::vector<Bytes> soundBlocks;  ///< in place of the frames
     std::vector<std::pair<int, std::string>> chapters = {{0, "One"}, {160, "Two"}};
@@ -75,14 +76,15 @@ inline Bytes mkvBytes(const SourceFilm& film) {
     Bytes atoms;
     for (const auto& [ms, title] : film.chapters)
         append(atoms, mkv::atom(static_cast<std::uint64_t>(ms) * 1'000'000, title));
-    return joined({mkv::header(),
-                   mkv::segment({mkv::info(),
-                                 mkv::tracks({mkv::entry(1, 1, "V_MPEG4/ISO/AVC",
-                                                         {mkv::element(codecPrivate, film.record)}),
-                                              mkv::entry(2, 2, "A_AC3", {joined(film.soundMore)}),
-                                              mkv::entry(3, 2, "A_TRUEHD")}),
-                                 mkv::chapters({mkv::element(0x45B9, atoms)}),
-                                 mkv::element(0x1F43B675, blocks)})});
+    return joined(
+        {mkv::header(),
+         mkv::segment(
+             {mkv::info(),
+              mkv::tracks(
+                  {mkv::entry(1, 1, "V_MPEG4/ISO/AVC", {mkv::element(codecPrivate, film.record)}),
+                   mkv::entry(2, 2, film.soundCodec, {joined(film.soundMore)}),
+                   mkv::entry(3, 2, "A_TRUEHD")}),
+              mkv::chapters({mkv::element(0x45B9, atoms)}), mkv::element(0x1F43B675, blocks)})});
 }
 
 inline Bytes hereBox() {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "foundation/errors.h"
 #include "support/memory_file.h"
 #include "verify/conversion_films.h"
 #include "verify/conversion_verifier.h"
@@ -38,6 +39,14 @@ protected:
                                   progress_);
     }
     std::vector<std::string> reasons() { return verify().reasons; }
+    std::string failure() {
+        try {
+            verify();
+            return "no failure";
+        } catch (const MFError& failure) {
+            return failure.description();
+        }
+    }
 
     SourceFilm source_ = sourceFilm();
     Movie movie_ = builtFilm(source_);
