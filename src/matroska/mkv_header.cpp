@@ -78,8 +78,7 @@ struct MKVFile::Header {
     }
 
     void takeTold(std::uint64_t from, std::uint64_t to) {
-        const auto places = told;  // a SeekHead among them may tell of more: one is enough
-        for (const auto& [position, id] : places) {
+        for (const auto& [position, id] : told) {
             const auto element = elementAt(position, id);
             if (element && element->start > from && element->start < to) take(*element);
         }
