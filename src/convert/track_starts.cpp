@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "matroska/run_in.h"
+
 namespace marlet {
 
 namespace {
@@ -23,6 +25,7 @@ TrackStarts::TrackStarts(const MKVFile& mkv, const std::set<int>& tracks, RunCon
     int blocks = 0;
     mkv.forEachBlock(tracks, {}, [&](const MKVBlock& block) {
         if (++blocks % blocksPerCheckpoint == 0) control.checkpoint();
+        if (block.frames.empty()) return true;  // a broken lace: nothing to show or hear
         const bool wasComplete = first_.size() == tracks.size();
         if (wasComplete && block.timeNs > allBegun + disorder) return false;
         const auto [found, isNew] = first_.try_emplace(block.track, block.timeNs);
@@ -30,6 +33,8 @@ TrackStarts::TrackStarts(const MKVFile& mkv, const std::set<int>& tracks, RunCon
         if (isNew) allBegun = std::max(allBegun, block.timeNs);
         return true;
     });
+    for (auto& [number, time] : first_)
+        if (const MKVTrack* const track = mkv.track(number)) time = RunIn::of(*track, time).heardNs;
 }
 
 std::int64_t TrackStarts::delayMs(int track) const {
