@@ -44,7 +44,7 @@ FileHandle claim(const std::filesystem::path& folder);
 /// says that its job has ended. Throws MFError.
 FileHandle makeClaimed(const std::filesystem::path& folder);
 /// Takes a folder out of the area in one step and removes it then, so that a crash never leaves a
-/// half-removed one behind. Never fails.
+/// half-removed one behind; before that the unfinished file that it notes (PartFiles). Never fails.
 void discard(const std::filesystem::path& folder);
 /// Removes what programs left that died while a folder of theirs was on its way in or out.
 void sweepDoorstep();

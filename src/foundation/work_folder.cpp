@@ -6,6 +6,7 @@
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/folder_tree.h"
+#include "foundation/part_files.h"
 #include "foundation/paths.h"
 #include "foundation/work_area.h"
 #include "foundation/work_lock.h"
@@ -20,6 +21,11 @@ fs::path doorstep() {
     return Paths::workDir().parent_path() / "work-doorstep";
 }
 
+void removeForGood(const fs::path& folder) {
+    PartFiles::removeNoted(folder);
+    FolderTree::remove(folder);
+}
+
 }  // namespace
 
 // One that is still on its way in holds its lock, but for a moment at its start; makeClaimed copes
@@ -28,7 +34,7 @@ void sweepDoorstep() {
     std::error_code failed;
     fs::directory_iterator item(doorstep(), failed);
     for (; !failed && item != fs::directory_iterator(); item.increment(failed))
-        if (lockState(item->path()) != LockState::Held) FolderTree::remove(item->path());
+        if (lockState(item->path()) != LockState::Held) removeForGood(item->path());
 }
 
 FileHandle makeClaimed(const fs::path& folder) {
@@ -48,11 +54,13 @@ FileHandle makeClaimed(const fs::path& folder) {
     throw MFError("cannot create the work folder: another program keeps removing it");
 }
 
+// The part first: no folder that is half gone has lost its note.
 void discard(const fs::path& folder) {
+    PartFiles::removeNoted(folder);
     try {
         Durable::makeFolders(doorstep());
         const fs::path outgoing = doorstep() / newUUID();
-        if (Sys::rename(folder, outgoing) == 0) return FolderTree::remove(outgoing);
+        if (Sys::rename(folder, outgoing) == 0) return removeForGood(outgoing);
     } catch (const MFError&) {
         // Then where it stands.
     }

@@ -28,7 +28,7 @@ void saveCopy(WriteJob& job, const fs::path& folder) {
     if (isTaken(target)) throw MFError(exists);
 
     job.report(saving, 0.64);
-    const PartFile part(folder);
+    const PartFile part(folder, job.candidate.parent_path());
     FileOps::copy(job.candidate, part.path(), job.control, job.part(saving, 0.64, 0.3));
     if (!FileOps::filesEqual(job.candidate, part.path(), job.control))
         throw MFError(Wording::copyDidNotMatch);

@@ -41,7 +41,7 @@ fs::path moveToFreeName(const fs::path& part, const fs::path& source, const fs::
 fs::path save(const fs::path& built, const fs::path& source, const fs::path& folder,
               RunControl& control) {
     try {
-        const PartFile part(folder);
+        const PartFile part(folder, built.parent_path());
         FileOps::copy(built, part.path(), control);
         if (!FileOps::filesEqual(built, part.path(), control))
             throw MFError("the saved file didn't match");

@@ -20,7 +20,7 @@ SrcStat snapshot(const std::filesystem::path& source);
 
 /// Puts a finished new file into the output folder, as the source's name with ".m4v" and a number
 /// where the name is taken, and gives its path. The file comes to exist under that name whole and
-/// compared, or not at all.
+/// compared, or not at all. `built` lies in the job's own folder.
 std::filesystem::path deliver(const std::filesystem::path& built,
                               const std::filesystem::path& source, const SrcStat& srcStat,
                               const std::filesystem::path& outputDir, RunControl& control,

@@ -6,14 +6,13 @@
 #include <cerrno>
 #include <chrono>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 #include "foundation/durable.h"
 #include "foundation/errors.h"
-#include "foundation/uuid.h"
+#include "foundation/part_files.h"
 
 namespace marlet {
 
@@ -56,28 +55,12 @@ int renameIfFree(const fs::path& from, const fs::path& to) {
     return isUnknownToFileSystem(errno) ? renameWithoutFlag(from, to) : -1;
 }
 
-// The name of a part, and the name that its copy has until it is whole.
-constexpr std::string_view partStart = ".marlet-";
-constexpr std::string_view partEnd = ".part";
-constexpr std::string_view unfinishedEnd = ".part.partial";
-constexpr std::size_t partDigits = 8;
-
-bool isPartName(std::string_view name) {
-    if (!name.starts_with(partStart)) return false;
-    name.remove_prefix(partStart.size());
-    const std::string_view digits = name.substr(0, partDigits);
-    const std::string_view end = name.substr(digits.size());
-    return digits.size() == partDigits &&
-           digits.find_first_not_of("0123456789ABCDEF") == std::string_view::npos &&
-           (end == partEnd || end == unfinishedEnd);
-}
-
 std::vector<fs::path> partsIn(const fs::path& folder) {
     std::vector<fs::path> parts;
     std::error_code failed;
     for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end;
          entry.increment(failed)) {
-        if (!isPartName(entry->path().filename().native())) continue;
+        if (!PartFiles::isName(entry->path().filename().native())) continue;
         const auto found = Sys::lstat(entry->path());
         if (found && found->isRegular) parts.push_back(entry->path());
     }
@@ -132,10 +115,10 @@ bool isTaken(const fs::path& path) {
     return Sys::lstat(path).has_value();
 }
 
-PartFile::PartFile(const fs::path& folder)
-    : folder_(claim(folder)),
-      path_(folder /
-            (std::string(partStart) + newUUID().substr(0, partDigits) + std::string(partEnd))) {}
+PartFile::PartFile(const fs::path& folder, const fs::path& jobFolder)
+    : folder_(claim(folder)), path_(folder / PartFiles::newName()) {
+    PartFiles::note(jobFolder, path_);
+}
 
 PartFile::~PartFile() {
     Sys::unlink(path_);

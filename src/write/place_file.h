@@ -19,14 +19,15 @@ bool moveIfFree(const std::filesystem::path& from, const std::filesystem::path& 
 bool isTaken(const std::filesystem::path& path);
 
 /// A place in an output folder for a file that isn't finished: ".marlet-XXXXXXXX.part". What is
-/// there at the end is removed, and what runs left that died before theirs goes at the start.
+/// there at the end is removed. The folder of the job names it, so that the clean-up after a crash
+/// finds it; what other runs left that died goes at the start.
 ///
 /// A living run shares a lock (flock) on the folder for as long as it has a place there. So when
 /// the folder can be locked by one alone, nobody is at work in it, and every such file is left
 /// over. No lock on the part itself could tell that: the copy comes to be under another name.
 class PartFile {
 public:
-    explicit PartFile(const std::filesystem::path& folder);
+    PartFile(const std::filesystem::path& folder, const std::filesystem::path& jobFolder);
     ~PartFile();
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;

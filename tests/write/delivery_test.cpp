@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "foundation/errors.h"
+#include "foundation/part_files.h"
 #include "foundation/syscalls.h"
 #include "support/temp_folder.h"
 #include "write/place_file.h"
@@ -154,7 +155,7 @@ TEST_F(Deliver, ACopyThatCannotBeReadBackIsRemoved) {
 void dieAtWork(const fs::path& folder) {
     const pid_t pid = fork();
     if (pid == 0) {
-        const PartFile part(folder);
+        const PartFile part(folder, folder.parent_path());
         writeFile(part.path(), viewOf("half a film"));
         raise(SIGKILL);
     }
@@ -170,6 +171,12 @@ TEST_F(Deliver, WhatADeadRunLeftIsRemoved) {
     EXPECT_THAT(delivered(), ElementsAre("Movie.m4v"));
 }
 
+TEST_F(Deliver, TheFolderOfADeadRunTellsWhatItLeft) {
+    dieAtWork(out_);
+    PartFiles::removeNoted(folder_.path());
+    EXPECT_THAT(delivered(), IsEmpty());
+}
+
 TEST_F(Deliver, ACopyThatADeadRunBeganIsRemoved) {
     folder_.write("out/.marlet-0123ABCD.part.partial", "half a film");
     deliver();
@@ -177,7 +184,7 @@ TEST_F(Deliver, ACopyThatADeadRunBeganIsRemoved) {
 }
 
 TEST_F(Deliver, WhatALivingRunIsAtWorkOnStays) {
-    std::optional<PartFile> other(std::in_place, out_);
+    std::optional<PartFile> other(std::in_place, out_, folder_.path());
     writeFile(other->path(), viewOf("half a film"));
     const std::string name = other->path().filename();
     folder_.write("out/.marlet-0123ABCD.part", "of a dead run");
