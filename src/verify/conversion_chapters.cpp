@@ -27,8 +27,9 @@ void checkChapters(const MKVFile& mkv, const std::filesystem::path& built,
         return;
     }
     const std::vector<Chapter> wanted = chaptersOf(mkv);
-    bool isSame = summary.chpl.empty() || isSameChapterList(wanted, summary.chpl);
-    for (const std::size_t position : chapterTracks(summary.tracks))
+    const auto texts = chapterTracks(summary.tracks);
+    bool isSame = summary.chpl.empty() ? !texts.empty() : isSameChapterList(wanted, summary.chpl);
+    for (const std::size_t position : texts)
         isSame =
             isSame && isSameChapterList(wanted, chaptersInTrack(built, summary.tracks[position]));
     if (!isSame) into.reasons.push_back("chapter titles or times differ from the original");

@@ -208,6 +208,11 @@ TEST_F(ConversionTest, AChapterTextTrackIsProvedAsWell) {
     movie_.tracks.back() = textTrack({"One", "Two"}, 160);
     movie_.tracks.back().mediaInfo = {hereBox()};
     EXPECT_THAT(reasons(), IsEmpty());
+    movie_.userData.clear();
+    EXPECT_THAT(reasons(), IsEmpty());
+    movie_.tracks[0].boxes.clear();
+    EXPECT_THAT(reasons(), ElementsAre("chapter titles or times differ from the original"))
+        << "text that no track names for it holds no chapters";
 }
 
 }  // namespace
