@@ -40,10 +40,12 @@ bool isForced(ByteView composition) {
 
 }  // namespace
 
-ForcedStats forcedStats(const MKVFile& mkv, const MKVTrack& track,
-                        const MKVFile::WalkProgress& progress) {
-    ForcedStats stats;
-    mkv.forEachBlock(std::set<int>{track.number}, progress, [&](const MKVBlock& block) {
+std::map<int, ForcedStats> forcedStats(const MKVFile& mkv, const std::set<int>& tracks,
+                                       const MKVFile::WalkProgress& progress) {
+    std::map<int, ForcedStats> all;
+    for (const int track : tracks) all[track] = {};
+    mkv.forEachBlock(tracks, progress, [&](const MKVBlock& block) {
+        ForcedStats& stats = all[block.track];
         for (const MKVBlock::Frame& frame : block.frames) {
             const auto composition = compositionOf(mkv, block, frame);
             if (!composition) continue;
@@ -52,7 +54,12 @@ ForcedStats forcedStats(const MKVFile& mkv, const MKVTrack& track,
         }
         return true;
     });
-    return stats;
+    return all;
+}
+
+ForcedStats forcedStats(const MKVFile& mkv, const MKVTrack& track,
+                        const MKVFile::WalkProgress& progress) {
+    return forcedStats(mkv, std::set{track.number}, progress)[track.number];
 }
 
 }  // namespace marlet::PGSParser

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -68,6 +69,9 @@ std::vector<Event> events(const MKVFile& mkv, const MKVTrack& track, RunControl&
 /// what was counted so far.
 ForcedStats forcedStats(const MKVFile& mkv, const MKVTrack& track,
                         const MKVFile::WalkProgress& progress = {});
+/// The same of many tracks by number, in one walk.
+std::map<int, ForcedStats> forcedStats(const MKVFile& mkv, const std::set<int>& tracks,
+                                       const MKVFile::WalkProgress& progress = {});
 
 /// Run lengths to width * height palette indices; what is missing stays 0, what is too much is
 /// dropped. Nothing for a size of no pixels, or of more than `mostPixels`.

@@ -38,6 +38,11 @@ ConvertPlan make(const PlanInput& input);
 /// Works out again what becomes of each sound track; after every change of a `keep`.
 void refresh(ConvertPlan& plan);
 
+/// Finds foreign parts among the picture subtitles of a plan just made: whole tracks of them, and
+/// tracks that hold some. Walks the file once for all of them, and not at all when there are none.
+/// When the progress ends the walk, the plan stays as it was.
+void applyPGS(ConvertPlan& plan, const MKVFile& mkv, const MKVFile::WalkProgress& progress = {});
+
 /// Carries what a person chose over to a plan made anew.
 void merge(const ConvertPlan& touched, ConvertPlan& into);
 

@@ -125,7 +125,7 @@ std::vector<SubChoice> embeddedSubtitles(const PlanInput& input, const Languages
 }
 
 std::string forcedLabel(const std::string& language) {
-    return Lang::name(language) + " · Foreign parts only";
+    return Lang::name(language) + foreignPartsOnly;
 }
 
 }  // namespace marlet::PlanParts
