@@ -12,6 +12,21 @@
 
 namespace marlet {
 
+namespace {
+
+bool hasPictures(const MKVFile& mkv) {
+    return std::ranges::find(mkv.tracks(), "S_HDMV/PGS", &MKVTrack::codecID) != mkv.tracks().end();
+}
+
+/// The progress of one walk of several.
+MKVFile::WalkProgress partOf(const MKVFile::WalkProgress& whole, double begin, double end) {
+    return [&whole, begin, end](double fraction) {
+        return !whole || whole(begin + fraction * (end - begin));
+    };
+}
+
+}  // namespace
+
 PlanStore::PlanStore(Builder builder) : builder_(std::move(builder)) {}
 
 PlanStore::~PlanStore() {
@@ -24,10 +39,15 @@ PlanStore::~PlanStore() {
 std::optional<ConvertPlan> PlanStore::build(const Order& order) {
     const std::unique_ptr<MKVFile> mkv = MKVFile::open(order.file);
     if (!mkv) return std::nullopt;
+    const bool isDeep = order.depth == Order::Depth::Frames;
+    // Both walks pass the whole file and take about as long.
+    const double share = hasPictures(*mkv) ? 0.5 : 1;
     TrackStats stats;
-    if (order.depth == Order::Depth::Frames) stats = mkv->blockStats(order.progress);
-    return PlanBuilder::make(order.file, *mkv, Lang::parseList(order.languages),
-                             PlanBuilder::findSidecars(order.file), stats);
+    if (isDeep) stats = mkv->blockStats(partOf(order.progress, 0, share));
+    ConvertPlan plan = PlanBuilder::make(order.file, *mkv, Lang::parseList(order.languages),
+                                         PlanBuilder::findSidecars(order.file), stats);
+    if (isDeep) PlanBuilder::applyPGS(plan, *mkv, partOf(order.progress, share, 1));
+    return plan;
 }
 
 bool PlanStore::needsPlan(const Path& file) {

@@ -16,7 +16,8 @@ namespace marlet {
 
 /// Builds and keeps the plans of the files that become a new one. Two are built at a time, each in
 /// two stages: from what the file says of its tracks, so that the row appears at once, and then
-/// from all its frames. Main context only.
+/// from all its frames and from what its picture subtitles show without being asked for. Main
+/// context only.
 class PlanStore {
 public:
     using Path = std::filesystem::path;
@@ -26,7 +27,7 @@ public:
         std::string languages;  ///< as the person typed them
         enum class Depth { Tracks, Frames };
         Depth depth = Depth::Tracks;
-        /// Fraction of the file read; false: nobody waits for the plan any more. Called on the
+        /// Fraction of the reading done; false: nobody waits for the plan any more. Called on the
         /// worker.
         std::function<bool(double)> progress;
     };

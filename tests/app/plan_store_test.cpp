@@ -7,9 +7,11 @@
 #include <memory>
 #include <mutex>
 
+#include "convert/pgs_film.h"
 #include "foundation/errors.h"
 #include "foundation/preferences.h"
 #include "support/qt_app.h"
+#include "support/temp_folder.h"
 
 namespace marlet::test {
 namespace {
@@ -314,6 +316,71 @@ TEST_F(Stages, APlanIsBuiltOnDemandAndForMatroskaFilesAlone) {
     EXPECT_TRUE(Async::wait(std::move(planning)));
     auto none = store->planFor("/a.mp4");
     EXPECT_FALSE(Async::wait(std::move(none)));
+}
+
+/// The real builder on a film with picture subtitles.
+class PicturePlans : public Plans {
+protected:
+    using Depth = PlanStore::Order::Depth;
+    std::optional<ConvertPlan> built(Depth depth, std::function<bool(double)> progress = {}) const {
+        return PlanStore::build({file, "English", depth, std::move(progress)});
+    }
+    TempFolder folder;
+    const std::filesystem::path file = folder.write("film.mkv", filmWithPictures());
+};
+
+TEST_F(PicturePlans, OnlyTheSecondStageLooksAtThePictures) {
+    const auto first = built(Depth::Tracks);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->subs.size(), 3u);
+    EXPECT_FALSE(first->subs.at(0).isForced);
+    const auto second = built(Depth::Frames);
+    ASSERT_TRUE(second);
+    ASSERT_EQ(second->subs.size(), 4u);
+    EXPECT_TRUE(second->subs.at(0).isForced);
+    EXPECT_EQ(second->subs.at(3).id, "pgsforced4");
+}
+
+TEST_F(PicturePlans, OneProgressRunsOverTheFramesAndThePictures) {
+    std::vector<double> shares;
+    built(Depth::Frames, [&](double share) {
+        shares.push_back(share);
+        return true;
+    });
+    EXPECT_TRUE(std::ranges::is_sorted(shares));
+    ASSERT_FALSE(shares.empty());
+    EXPECT_LT(shares.front(), 0.5);
+    EXPECT_GT(shares.back(), 0.5);
+    EXPECT_LE(shares.back(), 1.0);
+}
+
+TEST_F(PicturePlans, AStopEndsTheReadingOfThePictures) {
+    int asked = 0;
+    const auto plan = built(Depth::Frames, [&](double share) {
+        asked += share >= 0.5 ? 1 : 0;
+        return share < 0.5;
+    });
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(plan->subs.size(), 3u) << "half a count tells nothing";
+}
+
+TEST_F(PicturePlans, WhatAPersonTickedStaysWhenThePicturesWereLookedAt) {
+    store = std::make_unique<PlanStore>([held = held](const PlanStore::Order& order) {
+        if (order.depth == Depth::Frames) (*held)(order.file.string());
+        return PlanStore::build(order);
+    });
+    store->analyse(file);
+    untilBegun(1);
+    ASSERT_NE(store->find(file), nullptr);
+    ASSERT_TRUE(store->setKeepSubtitle(file, "mkv2", false));
+    held->letAllGo();
+    finish(file.string());
+    const SubChoice& choice = store->find(file)->subs.at(0);
+    EXPECT_TRUE(choice.isForced) << "what was found out about it is news";
+    EXPECT_EQ(choice.label, "English · Foreign parts only");
+    EXPECT_FALSE(choice.keep);
+    EXPECT_TRUE(choice.touched);
+    EXPECT_TRUE(store->find(file)->subs.at(3).keep);
 }
 
 }  // namespace
