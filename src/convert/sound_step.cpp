@@ -119,12 +119,13 @@ void run(ConvertJob& job) {
     std::size_t defaultTrack = firstSound;
     bool hasDefault = false;
     for (std::size_t i = 0; i < plan.size(); i++) {
-        if (plan[i].isDefault && !hasDefault) {
-            defaultTrack = job.mux.tracks.size();
-            hasDefault = true;
-        }
+        const std::size_t first = job.mux.tracks.size();
         const double share = stageShare / static_cast<double>(plan.size());
         Sound(job, plan[i], stageStart + share * static_cast<double>(i), share).run();
+        const bool isInTheFilm = job.mux.tracks.size() > first;
+        if (!plan[i].isDefault || !isInTheFilm || hasDefault) continue;
+        defaultTrack = first;
+        hasDefault = true;
     }
     for (std::size_t i = firstSound; i < job.mux.tracks.size(); i++)
         job.mux.tracks[i].isEnabled = i == defaultTrack;

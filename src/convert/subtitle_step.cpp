@@ -44,19 +44,6 @@ std::vector<Cue> cuesOf(const ConvertJob& job, const Sub& entry) {
     return {};
 }
 
-/// Nothing, and a note, when the subtitle has to be left out. It is no reason to go without the
-/// film.
-std::vector<Cue> cuesOrNote(ConvertJob& job, const Sub& entry) {
-    try {
-        std::vector<Cue> cues = cuesOf(job, entry);
-        if (cues.empty()) job.notes.push_back(ConvertWording::noLines(entry.name));
-        return cues;
-    } catch (const MFError& failure) {
-        job.notes.push_back(entry.name + ": " + failure.description());
-        return {};
-    }
-}
-
 /// The lines count from the source's own 0, the new file from its first frame.
 void shift(std::vector<Cue>& cues, std::int64_t beginMs) {
     for (Cue& cue : cues) {
@@ -64,6 +51,20 @@ void shift(std::vector<Cue>& cues, std::int64_t beginMs) {
         cue.endMs -= beginMs;
     }
     std::erase_if(cues, [](const Cue& cue) { return cue.endMs <= 0; });
+}
+
+/// Nothing, and a note, when the subtitle has to be left out. It is no reason to go without the
+/// film.
+std::vector<Cue> cuesOrNote(ConvertJob& job, const Sub& entry) {
+    try {
+        std::vector<Cue> cues = cuesOf(job, entry);
+        shift(cues, job.starts.beginMs());
+        if (cues.empty()) job.notes.push_back(ConvertWording::noLines(entry.name));
+        return cues;
+    } catch (const MFError& failure) {
+        job.notes.push_back(entry.name + ": " + failure.description());
+        return {};
+    }
 }
 
 /// Three letters; what a hostile plan says instead never reaches the tool's options.
@@ -95,9 +96,8 @@ void run(ConvertJob& job) {
     bool hasEnabled = false;
     for (const Sub& entry : job.plan().subs) {
         job.control.checkpoint();
-        std::vector<Cue> cues = cuesOrNote(job, entry);
+        const std::vector<Cue> cues = cuesOrNote(job, entry);
         if (cues.empty()) continue;
-        shift(cues, job.starts.beginMs());
         const fs::path file = job.folder.path() / ("s" + std::to_string(++number) + ".srt");
         Durable::writeFile(file, viewOf(SubtitleText::writeSRT(cues)));
         add(job, entry, file);
