@@ -199,6 +199,17 @@ TEST_F(DecodeWithScript, WhatIsNoWAVIsAFailure) {
     EXPECT_EQ(failure(), "the decoded sound isn't a readable WAV file");
 }
 
+TEST_F(DecodeWithScript, AFolderThatCannotBeUsedIsTold) {
+    job_.putScript("head -c 100 /dev/zero > \"$6\"");
+    const std::string phrase = "the work folder could not be used: ";
+    {
+        const Sys::Fault full(Sys::Call::MakeFolder, ENOSPC, 1, false, job_.in("t3.wav.making"));
+        EXPECT_THAT(failure(), StartsWith(phrase));
+    }
+    const Sys::Fault broken(Sys::Call::Rename, EIO, 1, false, job_.in("t3.wav"));
+    EXPECT_THAT(failure(), StartsWith(phrase));
+}
+
 TEST_F(DecodeWithScript, ALinkIsNoOutput) {
     job_.putScript("ln -s /etc/hostname \"$6\"; exit 0");
     EXPECT_EQ(failure(), "the sound track could not be decoded");

@@ -80,7 +80,7 @@ void FilmConversion::useTool(const std::string& script) {
 }
 
 /// The films stand behind the script: the tool can read nothing else of a test's.
-void FilmConversion::toolMakes(const std::map<int, Bytes>& bySlice) {
+void FilmConversion::toolMakes(const std::map<int, Bytes>& bySlice, const std::string& then) {
     Bytes films;
     std::string script = "case $slice in\n";
     std::string others;
@@ -91,7 +91,7 @@ void FilmConversion::toolMakes(const std::map<int, Bytes>& bySlice) {
         append(films, bytes);
     }
     putTool(script + others + "esac\ntail -c " + std::to_string(films.size()) +
-                " \"$0\" | tail -c +$((from + 1)) | head -c $size > \"$out\"",
+                " \"$0\" | tail -c +$((from + 1)) | head -c $size > \"$out\"\n" + then,
             films);
 }
 

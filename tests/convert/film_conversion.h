@@ -28,8 +28,8 @@ public:
     /// MP4Box is missing unless one of these was called. A script knows $slice, $out (the file to
     /// make) and "$@"; it lists what `listing` holds by itself.
     void useTool(const std::string& script);
-    /// A tool that makes these files: by slice, or for all others under 0.
-    void toolMakes(const std::map<int, Bytes>& bySlice);
+    /// A tool that makes these files: by slice, or for all others under 0; then it goes on so.
+    void toolMakes(const std::map<int, Bytes>& bySlice, const std::string& then = "");
     void useOwnTools();
     std::string listing;
 

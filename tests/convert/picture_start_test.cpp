@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
+#include "foundation/errors.h"
+#include "foundation/syscalls.h"
 #include "mp4/summary.h"
 #include "support/box_builder.h"
 #include "support/temp_folder.h"
@@ -67,6 +71,18 @@ TEST_F(PictureStartTest, APictureShownInTheOrderOfDecodingStays) {
     Movie movie = filmWith({{500, -1}, {1000, 0}});
     movie.tracks[0].tables = {};
     EXPECT_EQ(restored(movie), before_);
+}
+
+TEST_F(PictureStartTest, AFileThatCannotBeWrittenIsTold) {
+    file_ = folder_.write("built.mp4", buildMovie(filmWith({{500, -1}, {1080, 0}})));
+    const Sys::Fault readOnly(Sys::Call::Open, EROFS, 3, false, file_);
+    try {
+        PictureStart::restore(file_);
+        FAIL() << "no failure";
+    } catch (const MFError& failure) {
+        EXPECT_EQ(failure.description(),
+                  "cannot open the new file to set its start: Read-only file system");
+    }
 }
 
 TEST_F(PictureStartTest, AFileThatIsNoFilmStays) {

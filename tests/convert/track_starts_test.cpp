@@ -16,10 +16,12 @@ const Bytes frame{1, 2, 3};
 
 class TrackStartsTest : public testing::Test {
 protected:
-    TrackStarts startsOf(std::initializer_list<Bytes> clusters, const std::set<int>& tracks) {
+    TrackStarts startsOf(std::initializer_list<Bytes> clusters, const std::set<int>& tracks,
+                         const Bytes& ofSound = {}) {
         Bytes body = mkv::info();
-        append(body, mkv::tracks({mkv::entry(1, 1, "V_MPEG4/ISO/AVC"), mkv::entry(2, 2, "A_AAC"),
-                                  mkv::entry(3, 2, "A_AAC")}));
+        append(body, mkv::tracks({mkv::entry(1, 1, "V_MPEG4/ISO/AVC"),
+                                  mkv::entry(2, 2, "A_AAC", {ofSound}),
+                                  mkv::entry(3, 2, "A_AAC", {ofSound})}));
         for (const Bytes& each : clusters) append(body, each);
         Bytes file = mkv::header();
         append(file, mkv::segment({body}));
@@ -69,6 +71,27 @@ TEST_F(TrackStartsTest, NegativeTimesAreBeforeTheStart) {
         startsOf({cluster(0, {simpleBlock(1, -20, frame), simpleBlock(2, 10, frame)})}, {1, 2});
     EXPECT_EQ(starts.delayMs(2), 30);
     EXPECT_EQ(starts.beginMs(), 0);
+}
+
+TEST_F(TrackStartsTest, ABlockWithoutFramesIsNoStart) {
+    const Bytes broken = simpleBlock(2, 0, Bytes{5, 0xFF},
+                                     mkv::keyframe | static_cast<std::uint8_t>(mkv::Lace::Xiph));
+    const auto starts = startsOf(
+        {cluster(0, {simpleBlock(1, 0, frame), broken, simpleBlock(2, 70, frame)})}, {1, 2});
+    EXPECT_EQ(starts.delayMs(2), 70);
+}
+
+TEST_F(TrackStartsTest, TheRunInOfAnEncoderIsTakenOff) {
+    const Bytes delay = mkv::number(0x56AA, 21'000'000);
+    const auto starts = startsOf({cluster(0, {simpleBlock(1, 21, frame), simpleBlock(2, 21, frame),
+                                              simpleBlock(3, 71, frame)})},
+                                 {1, 2, 3}, delay);
+    EXPECT_EQ(starts.delayMs(1), 21);
+    EXPECT_EQ(starts.delayMs(2), 0);
+    EXPECT_EQ(starts.delayMs(3), 50);
+    const auto cut =
+        startsOf({cluster(0, {simpleBlock(1, 0, frame), simpleBlock(2, 0, frame)})}, {1, 2}, delay);
+    EXPECT_EQ(cut.delayMs(1), 0) << "what lies before 0 isn't heard";
 }
 
 TEST_F(TrackStartsTest, ACancelEndsTheReading) {
