@@ -286,6 +286,29 @@ TEST(BuildMovie, PutsBackWhatHeaderStrippingLeftOut) {
     EXPECT_EQ(hashOf(film.path(), "0"), hashOf(sources().ac3, "0"));
 }
 
+TEST(BuildMovie, HidesTheRunInOfAnEncoder) {
+    // In step with a picture that starts at 0: the first block is played 20 ms before, unheard.
+    const Bytes frames = readFile(sources().ac3);
+    const std::size_t length = 1792;  // 448 kbit/s at 48 kHz
+    const Bytes delay = mkv::number(0x56AA, 20'000'000);
+    for (const std::int16_t first : {0, 5, 20}) {
+        Bytes blocks;
+        std::int16_t time = first;
+        for (std::size_t at = 0; at + length <= frames.size(); at += length, time += 32)
+            append(blocks, mkv::simpleBlock(1, time, ByteView(frames).subspan(at, length)));
+        const Bytes file =
+            joined({mkv::header(),
+                    mkv::segment({mkv::info(), mkv::tracks({mkv::entry(1, 2, "A_AC3", {delay})}),
+                                  mkv::cluster(0, {blocks})})});
+        const TempFolder folder;
+        const fs::path film = folder.write("delayed.mkv", file);
+        const Built built({film.string() + "#1:lang=eng:name=English:group=1"});
+        EXPECT_EQ(hashOf(built.path(), "0"), hashOf(sources().ac3, "0"));
+        const MP4Summary summary = parseSummary(loadMoov(built.path()), built.path(), Detail::Yes);
+        EXPECT_NEAR(summary.tracks[0].presOffset, (first - 20) / 1000.0, 1e-6);
+    }
+}
+
 TEST(BuildMovie, AddsSoundThatWasConverted) {
     const Built film({sources().film.string() + "#1:name=Video",
                       sources().ac3.string() + ":lang=eng:name=English · Surround 5.1:group=1",
@@ -385,6 +408,56 @@ TEST(BuildMovie, MovesATrackOfAQuickTimeFilmIntoTheFormOfAnMP4) {
     EXPECT_THAT(textOf(after.tracks[1].stsd), Not(HasSubstr("wave")));
     EXPECT_THAT(textOf(after.tracks[1].stsd), HasSubstr("esds"));
     EXPECT_THAT(complaints(film.path()), IsEmpty());
+}
+
+TEST(BuildMovie, WritesThePictureOfAQuickTimeFilmAsAnMP4Has) {
+    const TempFolder folder;
+    const fs::path mov = folder / "source.mov";
+    ffmpeg({"-i", (sources().folder / "film.mp4").string(), "-map", "0:0", "-c", "copy",
+            "-color_primaries", "bt709", "-color_trc", "bt709", "-colorspace", "bt709", "-movflags",
+            "write_colr", mov.string()});
+    const Bytes before = parseSummary(loadMoov(mov), mov, Detail::Yes).tracks.at(0).stsd;
+    const Built film({mov.string() + "#1"});
+    const Bytes after =
+        parseSummary(loadMoov(film.path()), film.path(), Detail::Yes).tracks.at(0).stsd;
+    ASSERT_THAT(textOf(before), HasSubstr("nclc"));
+    EXPECT_THAT(textOf(after), HasSubstr("nclx"));
+    EXPECT_THAT(textOf(after), Not(HasSubstr("nclc")));
+    constexpr std::size_t vendor = 8 + 8 + 8 + 4;
+    EXPECT_THAT(textOf(slice(before, vendor, vendor + 4)), Not(std::string(4, '\0')));
+    EXPECT_EQ(slice(after, vendor - 4, vendor + 12).size(), 16U);
+    EXPECT_THAT(slice(after, vendor - 4, vendor + 12), testing::Each(0));
+    EXPECT_EQ(streamValues(film.path(), "stream=color_space,color_primaries,color_range"),
+              "tv,bt709,bt709\n");
+    EXPECT_THAT(complaints(film.path()), HasSubstr("matches no streams"));
+}
+
+TEST(BuildMovie, GivesAQuickTimeFilmItsChapters) {
+    const TempFolder folder;
+    const fs::path mov = folder / "source.mov";
+    ffmpeg({"-i", (sources().folder / "film.mp4").string(), "-map", "0:1", "-map", "0:0", "-c",
+            "copy", mov.string()});
+    const Built film({mov.string() + "#1", mov.string() + "#2"}, sources().chapters);
+    const MP4Summary summary = parseSummary(loadMoov(film.path()), film.path(), Detail::Yes);
+    ASSERT_THAT(summary.tracks, SizeIs(3));
+    EXPECT_THAT(summary.tracks[0].chapRefs, IsEmpty()) << "the sound";
+    EXPECT_THAT(summary.tracks[1].chapRefs, ElementsAre(summary.tracks[2].id)) << "the picture";
+    EXPECT_THAT(summary.chpl, SizeIs(2));
+}
+
+TEST(BuildMovie, SoundAboveSixtyFourKilohertzComesOutOfItsQuickTimeEntryOfVersionTwo) {
+    const TempFolder folder;
+    const fs::path mov = folder / "source.mov";
+    ffmpeg({"-f", "lavfi", "-i", "sine=sample_rate=96000:duration=1", "-ac", "2", "-c:a", "aac",
+            mov.string()});
+    const Bytes before = parseSummary(loadMoov(mov), mov, Detail::Yes).tracks.at(0).stsd;
+    ASSERT_EQ(BigEndian::u16(before, 24), 2);
+    const Built film({mov.string() + "#1"});
+    const Bytes after =
+        parseSummary(loadMoov(film.path()), film.path(), Detail::Yes).tracks.at(0).stsd;
+    EXPECT_EQ(BigEndian::u16(after, 24), 0);
+    EXPECT_EQ(streamValues(film.path(), "stream=sample_rate,channels"), "96000,2\n");
+    EXPECT_EQ(hashOf(film.path(), "0"), hashOf(mov, "0"));
 }
 
 TEST(BuildMovie, RefusesWhatItCantBuildFrom) {
