@@ -54,6 +54,9 @@ std::optional<Aspect> pixelAspect(const MKVTrack& track) {
     const std::int64_t shownWidth = picture.displayWidth.value_or(isInPixels ? size.width : 0);
     const std::int64_t shownHeight = picture.displayHeight.value_or(isInPixels ? size.height : 0);
     if (shownWidth < 1 || shownHeight < 1) return std::nullopt;
+    // Some programs leave the coded size there when they crop: squares all the same.
+    if (isInPixels && shownWidth == track.pixelWidth && shownHeight == track.pixelHeight)
+        return Aspect{};
     std::int64_t width = shownWidth * size.height;
     std::int64_t height = shownHeight * size.width;
     const std::int64_t common = std::gcd(width, height);

@@ -99,6 +99,10 @@ TEST(PictureBoxes, ACropIsACleanApertureAndCountsForTheShape) {
               Boxes::u32s({1920, 1, 1080, 1, 0, 2, static_cast<std::uint32_t>(-8), 2}));
     EXPECT_EQ(boxOf(track, "pasp"), Boxes::u32s({1, 1}));
     EXPECT_EQ(PictureBoxes::shownSize(track), (PictureBoxes::ShownSize{1920, 1080}));
+    track.picture.displayHeight = 540;
+    EXPECT_EQ(boxOf(track, "pasp"), Boxes::u32s({2, 1})) << "of what is left";
+    track.picture.displayHeight = 1088;
+    EXPECT_EQ(boxOf(track, "pasp"), Boxes::u32s({1, 1})) << "the coded size was left there";
     track.picture.crop.left = 1920;
     EXPECT_TRUE(boxOf(track, "clap").empty()) << "nothing would be left";
 }
