@@ -9,8 +9,9 @@
 
 namespace marlet {
 
-/// When each track's first frame is shown or heard, the run-in of an encoder taken off. A new file begins with the earliest of them:
-/// the media tool puts the first frame of every track there, unless it is told a delay.
+/// When each track's first frame is shown or heard, the run-in of an encoder taken off. A new file
+/// begins with the earliest of them: the media tool puts the first frame of every track there,
+/// unless it is told a delay.
 class TrackStarts {
 public:
     TrackStarts() = default;
