@@ -81,7 +81,7 @@ std::string audioTest(const std::filesystem::path& wav) {
         out.replace_extension("test.m4a");
         RunControl control;
         const AudioConvert::Mixed mixed = AudioConvert::aacStereo(wav, out, control);
-        return text + "aac: in " + std::to_string(mixed.inChannels) + ", gain " +
+        return text + "aac: in " + std::to_string(mixed.inChannels) + " ch, gain " +
                Text::fixed(mixed.peakGain, 4) + ", size " + std::to_string(FileOps::size(out)) +
                "\n";
     } catch (const std::exception& failure) {

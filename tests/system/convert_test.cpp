@@ -292,7 +292,7 @@ TEST_F(Diagnoses, AWAVFileIsTriedWithTheSoundTool) {
     EXPECT_EQ(
         result.lines("wav: 2 ch, 44100 Hz, 16-bit, float false, data 176400 bytes at ").size(), 1U)
         << result.output;
-    EXPECT_EQ(result.lines("aac: in 2, gain 1.0000, size ").size(), 1U) << result.output;
+    EXPECT_EQ(result.lines("aac: in 2 ch, gain 1.0000, size ").size(), 1U) << result.output;
     EXPECT_EQ(probeValue(run_.library() / "a.test.m4a", "stream=codec_name"), "aac");
 }
 
