@@ -3,6 +3,7 @@
 
 #include "convert/mkv_files.h"
 #include "convert/plan_builder.h"
+#include "support/pgs_builder.h"
 #include "support/temp_folder.h"
 
 namespace marlet::test {
@@ -105,6 +106,38 @@ TEST_F(PlanOfAFile, FindsForeignPartsOnceItsFramesAreCounted) {
     EXPECT_FALSE(counted.subs.at(0).isForced);
     EXPECT_TRUE(counted.subs.at(1).isForced);
     EXPECT_TRUE(counted.subs.at(1).keep);
+}
+
+/// A .sup file of short lines; those at even places are forced, or all, or none.
+enum class Forced { None, Even, All };
+Bytes pictureLines(int count, Forced which) {
+    const pgs::Picture white{4, 4, Bytes(64, 0xFF)};
+    std::vector<pgs::Line> lines;
+    for (int i = 0; i < count; i++) {
+        const bool isForced = which == Forced::All || (which == Forced::Even && i % 2 == 0);
+        lines.push_back({100 + i * 100, 150 + i * 100, {{white, 8, 8, isForced}}});
+    }
+    return pgs::sup(pgs::stream(lines));
+}
+
+TEST(PlanOfAFileWithPictures, FindsForeignPartsInTracksThatMkvmergeCompressed) {
+    const TempFolder folder;
+    const auto source = folder / "film.mkv";
+    const auto mkv = merge(
+        source, {"--language", "0:eng", folder.write("none.sup", pictureLines(8, Forced::None)),
+                 "--language", "0:eng", folder.write("even.sup", pictureLines(8, Forced::Even)),
+                 "--language", "0:ger", folder.write("all.sup", pictureLines(3, Forced::All))});
+    ASSERT_NE(mkv, nullptr);
+    ConvertPlan plan = PlanBuilder::make(source, *mkv, {"ger"}, {}, mkv->blockStats());
+    PlanBuilder::applyPGS(plan, *mkv);
+    ASSERT_EQ(plan.subs.size(), 4U);
+    EXPECT_FALSE(plan.subs[0].isForced);
+    EXPECT_FALSE(plan.subs[1].isForced);
+    EXPECT_EQ(plan.subs[2].label, "German · Foreign parts only");
+    EXPECT_TRUE(plan.subs[2].keep);
+    EXPECT_EQ(plan.subs[3].id, "pgsforced" + std::to_string(mkv->tracks().at(1).number));
+    EXPECT_EQ(plan.subs[3].label, "English · Foreign parts only");
+    EXPECT_FALSE(plan.subs[3].keep) << "no English is heard";
 }
 
 /// ContentEncodings with one encryption (RFC 9559, 5.1.4.1.31).
