@@ -283,6 +283,8 @@ TEST_F(Converting, ASummaryTellsWhatIsLeftOut) {
     EXPECT_EQ(AppModel::summary(plan), "2 sounds removed") << "it stays beside the film";
     plan.subs.push_back({.id = "mkv4", .track = MKVTrack{}});
     EXPECT_EQ(AppModel::summary(plan), "2 sounds, 1 subtitle removed");
+    plan.subs.push_back({.id = "pgsforced5", .track = MKVTrack{}, .splitForced = true});
+    EXPECT_EQ(AppModel::summary(plan), "2 sounds, 1 subtitle removed") << "no track of its own";
 }
 
 using Returning = Queueing;

@@ -24,6 +24,7 @@ TEST(AssText, KeepsItsCommas) {
 TEST(AssText, OfADrawingIsEmpty) {
     EXPECT_EQ(plain("{\\p1}m 0 0 l 100 0 100 100{\\p0}"), "");
     EXPECT_EQ(plain("{\\p2\\bord0}m 0 0"), "");
+    EXPECT_EQ(plain("{\\p4}m 0 0"), "") << "of any scale";
     EXPECT_EQ(plain("x{\\p1"), "");
     EXPECT_EQ(plain("{\\an7\\pos(0,0)\\p1}m 0 0 l 9 9"), "") << "behind other overrides";
 }
