@@ -5,6 +5,7 @@
 
 #include "convert/film_conversion.h"
 #include "convert/mkv_files.h"
+#include "mp4/summary.h"
 #include "support/media.h"
 
 namespace marlet::test {
@@ -67,6 +68,23 @@ TEST(ConverterTracks, SurroundSoundIsGivenAsAC3AndAsStereoInThisOrder) {
     const std::string arguments = film.arguments();
     EXPECT_THAT(arguments, HasSubstr("/t2.ac3:lang=eng:name=English · Surround 5.1:group=1\n"));
     EXPECT_THAT(arguments, HasSubstr("/t2.m4a:lang=eng:name=English · Stereo:group=1:disable\n"));
+}
+
+TEST(ConverterTracks, AFilmWithoutChaptersGetsNoneThatTheToolFound) {
+    FilmConversion film;
+    film.plan().subs.clear();
+    film.plan().audio.resize(1);
+    film.plan().hasChapters = false;
+    const TempFolder folder;
+    const auto list = folder.write("c.txt", "CHAPTER01=00:00:00.000\nCHAPTER01NAME=Hidden\n");
+    const auto built = folder.write("built.mp4", builtFilm(500, {"-chap", list.string()}));
+    ASSERT_FALSE(parseSummary(loadMoov(built), built, Detail::Yes).chpl.empty());
+    film.toolMakes({{0, readFile(built)}});
+    const WriteOutcome outcome = film.run();
+    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
+    const auto& made = *outcome.output;
+    EXPECT_TRUE(parseSummary(loadMoov(made), made, Detail::Yes).chpl.empty());
+    EXPECT_EQ(IlstEditor::currentIlst(made), film.request.atoms);
 }
 
 TEST(ConverterTracks, ASubtitleThatEndsBeforeTheFilmBeginsIsLeftOutWithANote) {

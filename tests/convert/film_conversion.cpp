@@ -41,13 +41,21 @@ const Bytes& plainFilm() {
     return film;
 }
 
-Bytes builtFilm(int slice) {
+Bytes builtFilm(int slice, const std::vector<std::string>& more) {
     const TempFolder folder;
     const std::string source = folder.write("s.mkv", plainFilm()).string();
     const std::string made = (folder / "b.mp4").string();
-    runTool({builtProgram("marlet-mux").string(), "-tmp", folder.path().string(), "-add",
-             source + "#1:name=Video", "-add", source + "#2:lang=eng:name=English:group=1",
-             "-inter", std::to_string(slice), "-moovpad", "9000", "-new", made});
+    std::vector<std::string> command = {builtProgram("marlet-mux").string(),
+                                        "-tmp",
+                                        folder.path().string(),
+                                        "-add",
+                                        source + "#1:name=Video",
+                                        "-add",
+                                        source + "#2:lang=eng:name=English:group=1"};
+    command.insert(command.end(), more.begin(), more.end());
+    command.insert(command.end(),
+                   {"-inter", std::to_string(slice), "-moovpad", "9000", "-new", made});
+    runTool(command);
     return readFile(made);
 }
 

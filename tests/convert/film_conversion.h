@@ -17,8 +17,9 @@ namespace marlet::test {
 /// Two seconds of picture (track 1), two AAC tracks (2 English, 3 German), an English subtitle (4),
 /// a forced one (5) and two chapters; made once a process. Starts at 0.
 const Bytes& plainFilm();
-/// What `marlet-mux` makes of its picture and its English sound, in slices of so many milliseconds.
-Bytes builtFilm(int slice);
+/// What `marlet-mux` makes of its picture and its English sound, in slices of so many milliseconds,
+/// and with more arguments.
+Bytes builtFilm(int slice, const std::vector<std::string>& more = {});
 
 /// A Matroska film in a folder of its own, in a home of its own, and a conversion of it.
 class FilmConversion {
