@@ -3,7 +3,6 @@
 #include <array>
 #include <system_error>
 
-#include "convert/built_colour.h"
 #include "convert/chapter_list.h"
 #include "convert/convert_wording.h"
 #include "convert/picture_start.h"
@@ -39,11 +38,6 @@ void takeOver(const ConvertJob& job) {
     const auto made = Sys::lstat(job.mux.output);
     if (!made || !made->isRegular || made->size == 0) throw MFError(ConvertWording::noToolOutput);
     Durable::rename(job.mux.output, job.built());
-}
-
-void restoreColour(const ConvertJob& job) {
-    if (const MKVTrack* const video = job.mkv->track(job.plan().video))
-        BuiltColour::restore(job.built(), video->picture.colour);
 }
 
 Stage stageOf(std::size_t attempt) {
@@ -85,7 +79,6 @@ double run(ConvertJob& job) {
         job.mux.slice = slices[attempt];
         build(job, stageOf(attempt));
         PictureStart::restore(job.built());
-        restoreColour(job);
         if (!job.mux.chapters) ChapterList::remove(job.built());
         IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
         layout = measureInterleave(job.built());
