@@ -153,6 +153,7 @@ double prove(ConvertJob& job, Selection selection) {
     terms.maxAfter = soundLayoutLimit;
     terms.allowTagChange = true;
     terms.lenientSampleEntries = true;
+    terms.sameDecoders = true;
     terms.keepIndices = std::move(selection.keep);
     if (!selection.chapters.empty()) terms.newChapters = std::move(selection.chapters);
     VerifyReport report = verified(job, terms);

@@ -23,6 +23,7 @@ struct RebuildTerms {
     double maxAfter = 1.0;              ///< the highest sound layout allowed, seconds
     bool allowTagChange = false;        ///< the tags were changed on purpose
     bool lenientSampleEntries = false;  ///< a difference in `stsd` is a note
+    bool sameDecoders = false;  ///< with lenient entries: what a decoder needs of them is kept
     /// Which of the original's tracks (Track::index) are meant to stay, in order; nothing: all.
     std::optional<std::vector<int>> keepIndices;
     std::set<int> enabledOnPurpose;  ///< the rebuilt file's tracks that may have become enabled

@@ -7,6 +7,7 @@
 
 #include "foundation/languages.h"
 #include "foundation/text.h"
+#include "verify/decoder_configuration.h"
 #include "verify/sample_descriptions.h"
 
 namespace marlet {
@@ -175,6 +176,12 @@ void compareDescriptions(const Pair& pair, const std::string& label, VerifyRepor
     }
 }
 
+void compareDecoderNeeds(const Pair& pair, const std::string& label, VerifyReport& report) {
+    if (!pair.terms.sameDecoders) return;
+    for (const std::string& reason : compareDecoders(pair.original.stsd, pair.rebuilt.stsd))
+        report.reasons.push_back(label + ": codec configuration: " + reason);
+}
+
 /// Handlers of tracks whose samples are text.
 constexpr std::array<std::string_view, 3> textHandlers = {"text", "sbtl", "subt"};
 
@@ -206,6 +213,7 @@ void compareTracks(const VerifiedSide& original, const VerifiedSide& rebuilt, st
     run(headerChecks, pair, label, report);
     if (!isChapterTrack) {
         compareDescriptions(pair, label, report);
+        compareDecoderNeeds(pair, label, report);
         run(tableChecks, pair, label, report);
     }
     run(accessChecks, pair, label, report);

@@ -179,6 +179,24 @@ TEST_F(RebuildVerifier, AnotherCodecConfigurationIsAReasonAndInANewContainerANot
                                           "MP4 (avc1: box 'colr' differs)"));
 }
 
+TEST_F(RebuildVerifier, InANewContainerADecoderMustStillFindWhatItNeedsWhereThatIsAsked) {
+    const Bytes dac3 = box("dac3", Bytes{0x10, 0x3D, 0x40});
+    Movie before = film();
+    before.tracks[1].codec = "ac-3";
+    before.tracks[1].entry = joined({Bytes(28), dac3, box("chan", Bytes(12))});
+    Movie after = before;
+    after.tracks[1].entry = joined({Bytes(28), dac3});
+    terms_.lenientSampleEntries = true;
+    terms_.sameDecoders = true;
+    EXPECT_THAT(verify(buildMovie(before), buildMovie(interleaved(after))).reasons, IsEmpty());
+    after.tracks[1].entry = Bytes(28);
+    EXPECT_THAT(verify(buildMovie(before), buildMovie(interleaved(after))).reasons,
+                ElementsAre("track 2 (soun ac-3): codec configuration: ac-3: box 'dac3' missing in "
+                            "rebuilt file"));
+    terms_.sameDecoders = false;
+    EXPECT_THAT(verify(buildMovie(before), buildMovie(interleaved(after))).reasons, IsEmpty());
+}
+
 class RebuildWithoutTracks : public RebuildVerifier {
 protected:
     RebuildWithoutTracks() {
