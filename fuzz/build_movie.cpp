@@ -1,5 +1,6 @@
 // Any bytes as a source of a new film: refused with a sentence, or a film whose index holds true.
-// The first byte tells the kind of the source and whether it gives the chapters, too.
+// The first byte tells the kind of the source, whether it gives the chapters, too, and whether its
+// tracks are copied as they are.
 #include <unistd.h>
 
 #include <cstddef>
@@ -73,6 +74,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if ((data[0] & 1) == 0)
         request.tracks = {{.file = source, .track = 1, .name = "Video"},
                           {.file = source, .track = 2, .language = "eng", .delayMs = data[0]}};
+    if ((data[0] & 8) != 0 && request.tracks.size() > 1)
+        request.tracks = {{.file = source, .track = 1}, {.file = source, .track = 2}};
     if ((data[0] & 2) != 0) request.tracks.resize(1);
     if ((data[0] & 4) != 0) request.chapters = source;
     fs::remove(request.output);

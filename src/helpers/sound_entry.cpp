@@ -7,6 +7,7 @@
 
 #include "foundation/errors.h"
 #include "helpers/boxes.h"
+#include "helpers/picture_entry.h"
 #include "helpers/sample_entries.h"
 
 namespace marlet::SoundEntry {
@@ -38,6 +39,11 @@ Bytes boxesOf(ByteView moov, std::size_t from, std::size_t to) {
     return kept;
 }
 
+bool hasBox(ByteView moov, std::size_t from, std::size_t to, BoxCode code) {
+    return findSpan(moov, static_cast<std::int64_t>(from), static_cast<std::int64_t>(to), code)
+        .has_value();
+}
+
 Bytes soundEntry(ByteView moov, const RawBox& entry) {
     // Fields of all versions, then those of version 1 or 2 (QuickTime File Format, "Sound Sample
     // Description").
@@ -45,12 +51,12 @@ Bytes soundEntry(ByteView moov, const RawBox& entry) {
     constexpr std::array<std::size_t, 3> childrenAt = {28, 44, 64};
     const ByteView data = moov.subspan(entry.start, entry.end - entry.start);
     const std::uint16_t version = BigEndian::u16(data, 8);
-    if (version == 0 || version >= childrenAt.size() || data.size() < childrenAt[version])
+    if (version >= childrenAt.size() || data.size() < childrenAt[version] ||
+        (version == 0 && !hasBox(moov, entry.start + shortest, entry.end, boxCode("wave"))))
         return {moov.begin() + static_cast<std::ptrdiff_t>(entry.at),
                 moov.begin() + static_cast<std::ptrdiff_t>(entry.end)};
     std::uint32_t channels = BigEndian::u16(data, 16);
     std::uint32_t rate = BigEndian::u32(data, 24) >> 16;
-    static_assert(shortest == childrenAt[0]);
     if (version == 2) {
         const double exact = std::bit_cast<double>(BigEndian::u64(data, 32));
         rate = exact >= 1 && exact < 1e6 ? static_cast<std::uint32_t>(std::lround(exact)) : 0;
@@ -63,6 +69,7 @@ Bytes soundEntry(ByteView moov, const RawBox& entry) {
 Bytes entryOf(ByteView moov, const RawBox& entry, std::optional<std::uint32_t> textFlags) {
     if (isOneOf(soundCodes, entry.code) && entry.end - entry.start >= 28)
         return soundEntry(moov, entry);
+    if (PictureEntry::isCopied(entry.code)) return PictureEntry::rewritten(moov, entry);
     const ByteView whole = moov.subspan(entry.at, entry.end - entry.at);
     Bytes bytes(whole.begin(), whole.end());
     constexpr std::size_t flagsAt = 16;
@@ -73,13 +80,25 @@ Bytes entryOf(ByteView moov, const RawBox& entry, std::optional<std::uint32_t> t
     return bytes;
 }
 
+/// The new file has one data reference (8.5.2.2); a source may have had several to itself.
+void pointAtOnlyReference(Bytes& entry) {
+    constexpr std::size_t field = 14;
+    if (entry.size() < field + 2) return;
+    entry[field] = 0;
+    entry[field + 1] = 1;
+}
+
 }  // namespace
 
 Bytes rewritten(ByteView moov, const RawBox& stsd, std::optional<std::uint32_t> textFlags) {
     if (stsd.end - stsd.start < 8) throw MFError("a box of the index is too short");
     Bytes entries;
     StrictBoxes boxes(moov, stsd.start + 8, stsd.end);
-    while (const auto entry = boxes.next()) append(entries, entryOf(moov, *entry, textFlags));
+    while (const auto entry = boxes.next()) {
+        Bytes bytes = entryOf(moov, *entry, textFlags);
+        pointAtOnlyReference(bytes);
+        append(entries, bytes);
+    }
     return Boxes::box(stsd.code, {moov.subspan(stsd.start, 8), entries});
 }
 
