@@ -10,6 +10,7 @@
 #include "helpers/picture_boxes.h"
 #include "helpers/picture_kind.h"
 #include "helpers/sample_entries.h"
+#include "matroska/picture_shape.h"
 #include "matroska/run_in.h"
 
 namespace marlet {
@@ -42,9 +43,9 @@ void fillVideo(const MKVTrack& track, const MatroskaFrames& frames, const FileHa
     media.handler = boxCode("vide");
     media.mediaHeader = MediaHeaders::video();
     media.entry = SampleEntries::video(track);
-    const PictureBoxes::ShownSize shown = PictureBoxes::shownSize(track);
-    media.width = shown.width;
-    media.height = shown.height;
+    const PictureShape::Size shown = PictureShape::shown(track);
+    media.width = static_cast<std::uint32_t>(shown.width);
+    media.height = static_cast<std::uint32_t>(shown.height);
     media.quarterTurns = PictureBoxes::quarterTurns(track);
     std::vector<std::int64_t> times;
     times.reserve(frames.timesNs.size());

@@ -18,6 +18,7 @@
 #include "helpers/movie_track.h"
 #include "helpers/picture_boxes.h"
 #include "helpers/text_tracks.h"
+#include "matroska/picture_shape.h"
 
 namespace marlet {
 
@@ -171,10 +172,10 @@ private:
             if (source.kind != Kind::Matroska) continue;
             const MKVTrack* const found = source.matroska->track(static_cast<int>(*track.track));
             if (found->type != 1 || found->pixelWidth <= 0 || found->pixelHeight <= 0) continue;
-            const PictureBoxes::ShownSize shown = PictureBoxes::shownSize(*found);
+            const PictureShape::Size shown = PictureShape::shown(*found);
             const bool isOnItsSide = PictureBoxes::quarterTurns(*found) % 2 == 1;
-            width_ = isOnItsSide ? shown.height : shown.width;
-            height_ = isOnItsSide ? shown.width : shown.height;
+            width_ = static_cast<std::uint32_t>(isOnItsSide ? shown.height : shown.width);
+            height_ = static_cast<std::uint32_t>(isOnItsSide ? shown.width : shown.height);
             return;
         }
     }

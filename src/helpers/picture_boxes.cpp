@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <optional>
 
 #include "helpers/boxes.h"
+#include "helpers/stream_colour.h"
+#include "matroska/picture_shape.h"
 
 namespace marlet::PictureBoxes {
 
@@ -14,64 +15,8 @@ namespace {
 using Boxes::u16s;
 using Boxes::u32s;
 
-/// A signed field of 32 bits in a box.
-constexpr int largestSize = 0x7FFF;
-
-struct Size {
-    int width = 0;
-    int height = 0;
-};
-
-/// What is left of the coded picture; nothing when a crop that makes no sense leaves nothing.
-std::optional<Size> cropped(const MKVTrack& track) {
-    const MKVPicture::Crop& crop = track.picture.crop;
-    const std::int64_t width = std::int64_t{track.pixelWidth} - crop.left - crop.right;
-    const std::int64_t height = std::int64_t{track.pixelHeight} - crop.top - crop.bottom;
-    if (width < 1 || height < 1) return std::nullopt;
-    return Size{static_cast<int>(width), static_cast<int>(height)};
-}
-
-Size visible(const MKVTrack& track) {
-    return cropped(track).value_or(Size{track.pixelWidth, track.pixelHeight});
-}
-
-/// The shape of a pixel, its width to its height.
-struct Aspect {
-    std::uint32_t width = 1;
-    std::uint32_t height = 1;
-};
-
-/// Nothing when the source doesn't tell it. The size that is shown counts what is left of a cropped
-/// picture (RFC 9559, 5.1.4.1.28.12); all units but the unknown one tell a ratio.
-std::optional<Aspect> pixelAspect(const MKVTrack& track) {
-    const MKVPicture& picture = track.picture;
-    const Size size = visible(track);
-    if (size.width < 1 || size.height < 1 || picture.displayUnit == MKVPicture::Unit::Unknown)
-        return std::nullopt;
-    // Pixels that the source doesn't tell are those of the picture.
-    const bool isInPixels = picture.displayUnit == MKVPicture::Unit::Pixels;
-    if (!picture.displayWidth && !picture.displayHeight) return std::nullopt;
-    const std::int64_t shownWidth = picture.displayWidth.value_or(isInPixels ? size.width : 0);
-    const std::int64_t shownHeight = picture.displayHeight.value_or(isInPixels ? size.height : 0);
-    if (shownWidth < 1 || shownHeight < 1) return std::nullopt;
-    // Some programs leave the coded size there when they crop: squares all the same.
-    if (isInPixels && shownWidth == track.pixelWidth && shownHeight == track.pixelHeight)
-        return Aspect{};
-    std::int64_t width = shownWidth * size.height;
-    std::int64_t height = shownHeight * size.width;
-    const std::int64_t common = std::gcd(width, height);
-    width /= common;
-    height /= common;
-    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    while (width > most || height > most) {
-        width = std::max<std::int64_t>(width / 2, 1);
-        height = std::max<std::int64_t>(height / 2, 1);
-    }
-    return Aspect{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
-}
-
 Bytes pixelAspectBox(const MKVTrack& track) {
-    const auto aspect = pixelAspect(track);
+    const auto aspect = PictureShape::pixelAspect(track);
     if (!aspect) return {};
     return Boxes::box(boxCode("pasp"), {u32s({aspect->width, aspect->height})});
 }
@@ -79,13 +24,27 @@ Bytes pixelAspectBox(const MKVTrack& track) {
 /// Fractions: the size, and how far its middle lies from that of the coded picture.
 Bytes cleanApertureBox(const MKVTrack& track) {
     const MKVPicture::Crop& crop = track.picture.crop;
-    const auto size = cropped(track);
+    const auto size = PictureShape::cropped(track);
     if (!size || crop == MKVPicture::Crop{}) return {};
     const auto half = [](int twice) { return static_cast<std::uint32_t>(twice); };
     return Boxes::box(
         boxCode("clap"),
         {u32s({static_cast<std::uint32_t>(size->width), 1, static_cast<std::uint32_t>(size->height),
                1, half(crop.left - crop.right), 2, half(crop.top - crop.bottom), 2})});
+}
+
+/// What the container tells, and where it is silent what the pictures' stream does. Pictures of
+/// 4:2:0, and only those are copied, are never RGB (matrix 0).
+PictureColour colourOf(const MKVTrack& track) {
+    constexpr int none = PictureColour::notTold;
+    const PictureColour stream = StreamColour::of(track);
+    PictureColour colour = track.picture.colour;
+    if (colour.primaries == none) colour.primaries = stream.primaries;
+    if (colour.transfer == none) colour.transfer = stream.transfer;
+    if (colour.matrix == none || colour.matrix == 0) colour.matrix = stream.matrix;
+    if (colour.matrix == 0) colour.matrix = none;
+    if (colour.range == PictureColour::Range::NotTold) colour.range = stream.range;
+    return colour;
 }
 
 Bytes colourBox(const PictureColour& colour) {
@@ -149,7 +108,7 @@ Bytes dolbyVisionBox(const MKVPicture& picture) {
 }  // namespace
 
 Bytes make(const MKVTrack& track) {
-    const PictureColour& colour = track.picture.colour;
+    const PictureColour colour = colourOf(track);
     Bytes boxes = colourBox(colour);
     append(boxes, masteringBox(colour.mastering));
     append(boxes, lightBox(colour));
@@ -163,15 +122,6 @@ bool needsDolbyVision(const MKVTrack& track) {
     constexpr std::size_t compatibilityAt = 4;
     return isDolbyRecord(track.picture) &&
            track.picture.dolbyVision->record[compatibilityAt] >> 4 == 0;
-}
-
-ShownSize shownSize(const MKVTrack& track) {
-    const Size size = visible(track);
-    double width = size.width;
-    if (const auto aspect = pixelAspect(track)) width = width * aspect->width / aspect->height;
-    return {static_cast<std::uint32_t>(
-                std::clamp(std::lround(std::min(width, 1e6)), 0L, static_cast<long>(largestSize))),
-            static_cast<std::uint32_t>(std::clamp(size.height, 0, largestSize))};
 }
 
 int quarterTurns(const MKVTrack& track) {

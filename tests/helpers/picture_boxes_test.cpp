@@ -4,6 +4,7 @@
 
 #include "helpers/boxes.h"
 #include "helpers/sample_entries.h"
+#include "matroska/picture_shape.h"
 #include "support/avc_builder.h"
 #include "support/box_builder.h"
 #include "support/box_reader.h"
@@ -37,13 +38,13 @@ Bytes boxOf(const MKVTrack& track, std::string_view type) {
 
 TEST(PictureBoxes, APictureThatTellsNothingGetsNone) {
     EXPECT_TRUE(PictureBoxes::make(plain()).empty());
-    EXPECT_EQ(PictureBoxes::shownSize(plain()), (PictureBoxes::ShownSize{720, 576}));
+    EXPECT_EQ(PictureShape::shown(plain()), (PictureShape::Size{720, 576}));
     EXPECT_EQ(PictureBoxes::quarterTurns(plain()), 0);
 }
 
 TEST(PictureBoxes, APixelThatIsNoSquareHasItsShapeToldAndTheTrackItsWidth) {
     EXPECT_EQ(boxOf(anamorphic(), "pasp"), Boxes::u32s({64, 45}));
-    EXPECT_EQ(PictureBoxes::shownSize(anamorphic()), (PictureBoxes::ShownSize{1024, 576}));
+    EXPECT_EQ(PictureShape::shown(anamorphic()), (PictureShape::Size{1024, 576}));
 }
 
 TEST(PictureBoxes, ASquarePixelIsToldWhereTheSourceTellsIt) {
@@ -85,7 +86,7 @@ TEST(PictureBoxes, SizesThatMakeNoSenseTellNothing) {
     track.picture.displayWidth = 0x7FFFFFFF;
     track.pixelHeight = 0x7FFFFFFF;
     EXPECT_EQ(boxOf(track, "pasp").size(), 8U);
-    EXPECT_LE(PictureBoxes::shownSize(track).width, 0x7FFFU);
+    EXPECT_LE(PictureShape::shown(track).width, 0x7FFF);
 }
 
 TEST(PictureBoxes, ACropIsACleanApertureAndCountsForTheShape) {
@@ -98,7 +99,7 @@ TEST(PictureBoxes, ACropIsACleanApertureAndCountsForTheShape) {
     EXPECT_EQ(boxOf(track, "clap"),
               Boxes::u32s({1920, 1, 1080, 1, 0, 2, static_cast<std::uint32_t>(-8), 2}));
     EXPECT_EQ(boxOf(track, "pasp"), Boxes::u32s({1, 1}));
-    EXPECT_EQ(PictureBoxes::shownSize(track), (PictureBoxes::ShownSize{1920, 1080}));
+    EXPECT_EQ(PictureShape::shown(track), (PictureShape::Size{1920, 1080}));
     track.picture.displayHeight = 540;
     EXPECT_EQ(boxOf(track, "pasp"), Boxes::u32s({2, 1})) << "of what is left";
     track.picture.displayHeight = 1088;
@@ -123,6 +124,14 @@ TEST(PictureBoxes, AFullRangeIsToldWithoutAnyColour) {
     EXPECT_TRUE(boxOf(track, "colr").empty()) << "what players take for granted";
     track.picture.colour.range = PictureColour::Range::Full;
     EXPECT_EQ(boxOf(track, "colr"), joined({bytesOf("nclx"), Bytes{0, 2, 0, 2, 0, 2, 0x80}}));
+}
+
+TEST(PictureBoxes, PicturesAreNeverToldToBeRGB) {
+    MKVTrack track = plain();
+    track.picture.colour.matrix = 0;
+    EXPECT_TRUE(boxOf(track, "colr").empty());
+    track.picture.colour.primaries = 9;
+    EXPECT_EQ(boxOf(track, "colr"), joined({bytesOf("nclx"), Bytes{0, 9, 0, 2, 0, 2, 0}}));
 }
 
 TEST(PictureBoxes, AMasteringDisplayIsToldInTheOrderOfGreenBlueRed) {
