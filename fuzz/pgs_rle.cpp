@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(extent.columns <= width && extent.rows <= height);
     check((extent.columns == 0) == (extent.rows == 0));
     // Larger ones take the same way, only longer.
-    constexpr std::size_t most = std::size_t{1} << 18;
+    constexpr std::size_t most = std::size_t{1} << 14;
     const std::size_t area = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     if (area > most && area <= PGSParser::mostPixels) return 0;
 
