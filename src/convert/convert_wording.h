@@ -25,7 +25,6 @@ inline constexpr const char* toolStays =
     "MP4Box still has the new file open for writing; nothing was saved";
 inline constexpr const char* otherTags = "the details were not written exactly; nothing was saved";
 inline constexpr const char* cancelled = "cancelled; the original was not touched";
-inline constexpr const char* picturesUnread = "picture subtitles can't be read as text yet";
 
 // Of the copy of a QuickTime film.
 inline constexpr const char* noWorkSpaceForCopy =

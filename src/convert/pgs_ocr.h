@@ -18,11 +18,13 @@ struct Image {
     int width = 0;
     int height = 0;
     Bytes rgba;  ///< width * height * 4
+    bool operator==(const Image&) const = default;
 };
 
 struct Result {
     std::string text;      ///< lines joined with line feeds, UTF-8
     float confidence = 0;  ///< 0 to 1
+    bool operator==(const Result&) const = default;
 };
 
 /// The lines of a track; with `forcedOnly` those of events with a forced object. `language` is a

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "convert/convert_wording.h"
+#include "convert/pgs_ocr.h"
 #include "convert/plan_language.h"
 #include "convert/subtitle_text.h"
 #include "foundation/durable.h"
@@ -26,6 +27,13 @@ std::vector<Cue> textCues(const ConvertJob& job, const Sub& entry) {
     return track == nullptr ? std::vector<Cue>() : SubtitleText::cues(*job.mkv, *track);
 }
 
+std::vector<Cue> pictureCues(const ConvertJob& job, const Sub& entry) {
+    const MKVTrack* const track = entry.track ? job.mkv->track(*entry.track) : nullptr;
+    if (track == nullptr) return {};
+    return PGSOCR::cues(*job.mkv, *track, PlanLanguage::code(entry.language), entry.splitForced,
+                        job.control);
+}
+
 std::vector<Cue> sidecarCues(const Sub& entry) {
     const std::optional<Bytes> bytes =
         FileOps::readSmall(entry.sidecar.value_or(fs::path()), largestSidecar);
@@ -39,7 +47,7 @@ std::vector<Cue> cuesOf(const ConvertJob& job, const Sub& entry) {
         case SubKind::sidecar:
             return sidecarCues(entry);
         case SubKind::picture:
-            throw MFError(ConvertWording::picturesUnread);
+            return pictureCues(job, entry);
     }
     return {};
 }

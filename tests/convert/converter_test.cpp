@@ -360,7 +360,7 @@ TEST(Converter, APictureSubtitleIsLeftOutWithANote) {
     const WriteOutcome outcome = film.run();
     EXPECT_EQ(outcome.status, Status::done) << outcome.message;
     EXPECT_THAT(outcome.changes,
-                testing::Contains("English: picture subtitles can't be read as text yet"));
+                testing::Contains("English: no subtitle lines could be read; left out"));
     EXPECT_EQ(probeValue(*outcome.output, "stream=codec_name").find("mov_text"),
               probeValue(*outcome.output, "stream=codec_name").rfind("mov_text"));
 }

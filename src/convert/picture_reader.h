@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "convert/pgs_ocr.h"
+#include "convert/text_recogniser.h"
+
+namespace marlet {
+
+/// Reads pictures of one language, one after the other; for one thread at a time.
+class PictureReader {
+public:
+    /// `language` is a recognition language ("en-US"). Nothing when it can't be read here.
+    static std::unique_ptr<PictureReader> open(const std::string& language);
+
+    std::optional<PGSOCR::Result> read(const PGSOCR::Image& image);
+
+private:
+    PictureReader(std::unique_ptr<TextRecogniser> recogniser, std::string language)
+        : recogniser_(std::move(recogniser)), language_(std::move(language)) {}
+
+    std::unique_ptr<TextRecogniser> recogniser_;
+    std::string language_;
+};
+
+}  // namespace marlet

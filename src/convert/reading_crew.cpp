@@ -1,0 +1,131 @@
+#include "convert/reading_crew.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "convert/pgs_ocr.h"
+#include "convert/picture_reader.h"
+
+namespace marlet {
+
+namespace {
+
+constexpr unsigned mostReaders = 4;
+
+/// The same for pictures that look the same. Discs repeat one whenever a player may join in.
+std::array<std::uint8_t, 32> markOf(const PGSParser::Event& event) {
+    Sha256 digest;
+    const auto number = [&](std::int64_t value) {
+        digest.update({reinterpret_cast<const std::uint8_t*>(&value), sizeof value});
+    };
+    digest.update({reinterpret_cast<const std::uint8_t*>(event.palette.data()),
+                   event.palette.size() * sizeof event.palette[0]});
+    for (const PGSParser::Obj& object : event.objects) {
+        const auto bitmap = event.bitmaps.find(object.id);
+        if (bitmap == event.bitmaps.end()) continue;
+        number(object.x);
+        number(object.y);
+        number(bitmap->second.w);
+        number(bitmap->second.h);
+        digest.update(bitmap->second.idx);
+    }
+    return digest.restart();
+}
+
+}  // namespace
+
+ReadingCrew::ReadingCrew(std::string language, RunControl& control)
+    : language_(std::move(language)),
+      control_(control),
+      most_(std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders)) {}
+
+ReadingCrew::~ReadingCrew() {
+    {
+        const std::lock_guard guard(mutex_);
+        isStopped_ = true;
+        changed_.notify_all();
+    }
+    for (std::thread& reader : readers_) reader.join();
+}
+
+void ReadingCrew::hand(PGSParser::Event event) {
+    bool isOneMore = false;
+    {
+        std::unique_lock guard(mutex_);
+        changed_.wait(guard, [this] { return isStopped_ || waiting_.size() < most_; });
+        throwFailure();
+        lines_.push_back({.startMs = event.startMs, .endMs = event.endMs, .text = {}});
+        waiting_.push_back({lines_.size() - 1, std::move(event)});
+        isOneMore = readers_.size() < most_ && idle_ < waiting_.size();
+        changed_.notify_all();
+    }
+    if (isOneMore) readers_.emplace_back([this] { work(); });
+}
+
+std::vector<ReadingCrew::Line> ReadingCrew::finish() {
+    {
+        const std::lock_guard guard(mutex_);
+        isComplete_ = true;
+        changed_.notify_all();
+    }
+    for (std::thread& reader : readers_) reader.join();
+    readers_.clear();
+    throwFailure();
+    return std::move(lines_);
+}
+
+void ReadingCrew::throwFailure() {
+    if (failure_ != nullptr) std::rethrow_exception(failure_);
+}
+
+void ReadingCrew::work() {
+    try {
+        readAll();
+    } catch (...) {
+        const std::lock_guard guard(mutex_);
+        if (failure_ == nullptr) failure_ = std::current_exception();
+        isStopped_ = true;
+        changed_.notify_all();
+    }
+}
+
+void ReadingCrew::readAll() {
+    const std::unique_ptr<PictureReader> reader = PictureReader::open(language_);
+    for (;;) {
+        Waiting next;
+        {
+            std::unique_lock guard(mutex_);
+            idle_++;
+            changed_.wait(guard, [this] { return isStopped_ || isComplete_ || !waiting_.empty(); });
+            idle_--;
+            if (isStopped_ || waiting_.empty()) return;
+            next = std::move(waiting_.front());
+            waiting_.pop_front();
+            changed_.notify_all();
+        }
+        control_.checkpoint();
+        std::string text = textOf(reader.get(), next.event);
+        const std::lock_guard guard(mutex_);
+        lines_[next.index].text = std::move(text);
+    }
+}
+
+std::string ReadingCrew::textOf(PictureReader* reader, const PGSParser::Event& event) {
+    const Mark mark = markOf(event);
+    {
+        const std::lock_guard guard(mutex_);
+        const auto known = known_.find(mark);
+        if (known != known_.end()) return known->second;
+    }
+    std::string text;
+    const std::optional<PGSOCR::Image> image = PGSOCR::image(event);
+    if (image && reader != nullptr) {
+        if (const auto result = reader->read(*image)) text = result->text;
+    }
+    const std::lock_guard guard(mutex_);
+    known_.emplace(mark, text);
+    return text;
+}
+
+}  // namespace marlet

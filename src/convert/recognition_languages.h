@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+// The languages that picture subtitles can be read in, and what reading them takes.
+namespace marlet::RecognitionLanguages {
+
+struct Language {
+    const char* code;         ///< ISO 639-2
+    const char* recognition;  ///< the recognition language
+    const char* data;         ///< the engine's trained data file, without ".traineddata"
+    const char* package;      ///< the Debian package that has it
+};
+
+/// Null when no language has this code.
+const Language* byCode(const std::string& code);
+/// Null when it isn't one of the table's recognition languages.
+const Language* byRecognition(const std::string& recognition);
+
+}  // namespace marlet::RecognitionLanguages
