@@ -3,6 +3,7 @@
 #include <array>
 #include <system_error>
 
+#include "convert/built_picture.h"
 #include "convert/chapter_list.h"
 #include "convert/convert_wording.h"
 #include "convert/picture_start.h"
@@ -38,6 +39,12 @@ void takeOver(const ConvertJob& job) {
     const auto made = Sys::lstat(job.mux.output);
     if (!made || !made->isRegular || made->size == 0) throw MFError(ConvertWording::noToolOutput);
     Durable::rename(job.mux.output, job.built());
+}
+
+void restorePicture(const ConvertJob& job) {
+    PictureStart::restore(job.built());
+    if (const MKVTrack* const video = job.mkv->track(job.plan().video))
+        BuiltPicture::restore(job.built(), *video);
 }
 
 Stage stageOf(std::size_t attempt) {
@@ -78,7 +85,7 @@ double run(ConvertJob& job) {
     for (std::size_t attempt = 0; attempt < slices.size(); attempt++) {
         job.mux.slice = slices[attempt];
         build(job, stageOf(attempt));
-        PictureStart::restore(job.built());
+        restorePicture(job);
         if (!job.mux.chapters) ChapterList::remove(job.built());
         IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
         layout = measureInterleave(job.built());

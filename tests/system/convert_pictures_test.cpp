@@ -119,8 +119,9 @@ const std::vector<Film>& films() {
         {"H264OpenGroupsAnamorphic",
          [](const fs::path& film) {
              mergeFilm(film, {.parameters = "bframes=3:b-adapt=0:b-pyramid=normal:open-gop=1:"
-                                            "keyint=24:ref=4:sar=64/45",
-                              .rate = "24000/1001"});
+                                            "keyint=24:ref=4",
+                              .rate = "24000/1001",
+                              .filter = "setsar=64/45"});
          }},
         {"H264InterlacedInFullRange",
          [](const fs::path& film) {
@@ -129,9 +130,10 @@ const std::vector<Film>& films() {
                               .size = "64x64",
                               .pixels = "yuvj420p"});
          }},
-        {"H264IntraRefresh",
+        {"H264IntraRefreshInAShapeOfTheContainersAlone",
          [](const fs::path& film) {
-             mergeFilm(film, {.parameters = "bframes=0:intra-refresh=1:keyint=25", .rate = "50"});
+             mergeFilm(film, {.parameters = "bframes=0:intra-refresh=1:keyint=25", .rate = "50"},
+                       {"--aspect-ratio", "0:2.35"});
          }},
         {"H264OfSeveralParameterSetsWithinTheStream",
          [](const fs::path& film) {
@@ -273,6 +275,8 @@ json shown(const fs::path& film) {
                             "sample_aspect_ratio", "display_aspect_ratio", "color_range",
                             "color_space", "color_transfer", "color_primaries"})
         if (stream.contains(key)) kept[key] = stream[key];
+    // What isn't told is limited, and `colr` can't leave it untold.
+    kept["color_range"] = stream.value("color_range", "tv");
     for (const json& side : stream.value("side_data_list", json::array())) {
         json values = side;
         values.erase("displaymatrix");  // its place differs, the rotation doesn't
