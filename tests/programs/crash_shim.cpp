@@ -45,7 +45,9 @@ bool isMediaTool() {
     char path[4096];
     const long size = ::syscall(SYS_readlinkat, atWorkFolder, "/proc/self/exe", path, sizeof path);
     const std::string program(path, size > 0 ? static_cast<std::size_t>(size) : 0);
-    return program.ends_with("/marlet-mux") || program.ends_with("/MP4Box");
+    for (const char* tool : {"/marlet-mux", "/marlet-audio", "/MP4Box", "/gpac"})
+        if (program.ends_with(tool)) return true;
+    return false;
 }
 
 bool isAtWork() {
@@ -218,6 +220,11 @@ int rmdir(const char* path) noexcept {
 int remove(const char* path) noexcept {
     const int result = unlinkAt(atWorkFolder, path, 0);
     return result != 0 && errno == EISDIR ? unlinkAt(atWorkFolder, path, removeFolderFlag) : result;
+}
+int symlink(const char* to, const char* path) noexcept {
+    count();
+    return static_cast<int>(done(::syscall(SYS_symlinkat, to, atWorkFolder, path),
+                                 [&] { return std::string("create\t") + path; }));
 }
 int mkdir(const char* path, unsigned mode) noexcept {
     count();

@@ -19,18 +19,18 @@ std::string shimPlace() {
 
 }  // namespace
 
-CrashRun::CrashRun(const Bytes& film) {
+CrashRun::CrashRun(const Bytes& film, const std::string& name) {
     if (::access(memoryFolder, W_OK) == 0)
         memory_ = std::make_unique<ScopedEnv>("TMPDIR", memoryFolder);
     folder_ = std::make_unique<TempFolder>();
-    for (const auto& [name, place] :
+    for (const auto& [variable, place] :
          std::map<std::string, std::string>{{"HOME", "home"},
                                             {"XDG_DATA_HOME", "home/data"},
                                             {"XDG_CACHE_HOME", "home/cache"},
                                             {"XDG_CONFIG_HOME", "home/config"}})
-        home_.push_back(std::make_unique<ScopedEnv>(name, (folder() / place).string()));
+        home_.push_back(std::make_unique<ScopedEnv>(variable, (folder() / place).string()));
     fs::create_directory(folder() / "home");
-    film_ = folder_->write("films/Film.mp4", film);
+    film_ = folder_->write("films/" + name, film);
     setRequest("{}");
     remember();
 }

@@ -23,7 +23,7 @@ struct RunEnd {
 /// that writes, with the crash shim preloaded.
 class CrashRun {
 public:
-    explicit CrashRun(const Bytes& film);
+    explicit CrashRun(const Bytes& film, const std::string& name = "Film.mp4");
 
     /// Sets the request's JSON; `file` is added.
     void setRequest(const std::string& jsonWithoutFile);
