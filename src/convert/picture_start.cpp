@@ -61,6 +61,23 @@ Bytes bigEndian(std::uint64_t value, int width) {
     return bytes;
 }
 
+/// What the edit list of converted sound hides, in seconds.
+double runIn(const std::filesystem::path& m4a) {
+    const auto index = readIndex(m4a);
+    if (!index) return 0;
+    const std::vector<Track> tracks = parseSummary(index->payload, Detail::No).tracks;
+    return tracks.empty() ? 0 : std::max(0.0, -tracks.front().presOffset);
+}
+
+/// The media time that is to be seen or heard first, in media units.
+std::int64_t firstPlayed(const Track& track, const std::vector<MuxTrack>& asked) {
+    if (track.handler == "vide") return firstShown(track);
+    const auto place = static_cast<std::size_t>(track.index);
+    if (track.handler != "soun" || place >= asked.size() || asked[place].file.extension() != ".m4a")
+        return 0;
+    return std::llround(runIn(asked[place].file) * track.timescale);
+}
+
 std::uint32_t movieScale(ByteView moov) {
     const auto mvhd = find(moov, 0, static_cast<std::int64_t>(moov.size()), {"mvhd"});
     if (!mvhd) return 0;
@@ -70,7 +87,7 @@ std::uint32_t movieScale(ByteView moov) {
 
 }  // namespace
 
-void restore(const std::filesystem::path& built) {
+void restore(const std::filesystem::path& built, const std::vector<MuxTrack>& tracksAsked) {
     const auto index = readIndex(built);
     if (!index) return;
     const ByteView moov = index->payload;
@@ -83,11 +100,12 @@ void restore(const std::filesystem::path& built) {
         number++;
         const auto track = std::ranges::find(tracks, number, &Track::index);
         const auto elst = find(moov, trak.start, trak.end, {"edts", "elst"});
-        if (track == tracks.end() || track->handler != "vide" || !elst) continue;
+        if (track == tracks.end() || !elst) continue;
         const std::vector<Edit> edits = editsOf(moov, *elst);
-        const std::int64_t shown = firstShown(*track);
         const bool isDelay = edits.size() == 2 && edits[0].time < 0 && edits[1].time == 0;
-        if (!isDelay || shown <= 0) continue;
+        if (!isDelay) continue;
+        const std::int64_t shown = firstPlayed(*track, tracksAsked);
+        if (shown <= 0) continue;
 
         const auto hidden = static_cast<std::uint64_t>(std::llround(
             static_cast<double>(shown) * static_cast<double>(scale) / track->timescale));

@@ -30,10 +30,10 @@ double startOf(const std::filesystem::path& file) {
 class PictureStartTest : public testing::Test {
 protected:
     /// What the film's bytes are afterwards.
-    Bytes restored(const Movie& movie) {
+    Bytes restored(const Movie& movie, const std::vector<MuxTrack>& tracks = {}) {
         before_ = buildMovie(movie);
         file_ = folder_.write("built.mp4", before_);
-        PictureStart::restore(file_);
+        PictureStart::restore(file_, tracks);
         return readFile(file_);
     }
 
@@ -65,6 +65,38 @@ TEST_F(PictureStartTest, OtherEditsAreNobodysBusiness) {
 
 TEST_F(PictureStartTest, SoundHasNoSuchOffset) {
     EXPECT_EQ(restored(filmWith({{500, -1}, {1080, 0}}, "soun")), before_);
+}
+
+/// Sound of 1000 units a second, as the film's.
+MuxTrack soundFile(const std::filesystem::path& file, const std::vector<EditRow>& edits) {
+    Movie sound;
+    sound.tracks = {evenTrack("soun", 25, 10, 40)};
+    sound.tracks[0].edits = edits;
+    writeFile(file, buildMovie(sound));
+    return {.file = file};
+}
+
+TEST_F(PictureStartTest, DelayedSoundLosesTheSilenceThatItsOwnFileHides) {
+    Movie film;
+    film.tracks = {evenTrack("soun", 25, 10, 40)};
+    film.tracks[0].edits = {{500, -1}, {1000, 0}};
+    const MuxTrack sound = soundFile(folder_ / "t.m4a", {{979, 21}});
+    Movie wanted = film;
+    wanted.tracks[0].edits = {{500, -1}, {979, 21}};
+    EXPECT_EQ(restored(film, {sound}), buildMovie(wanted));
+    EXPECT_NEAR(startOf(file_), 0.479, 1e-9);
+}
+
+TEST_F(PictureStartTest, SoundWhoseFileHidesNothingStays) {
+    Movie film;
+    film.tracks = {evenTrack("soun", 25, 10, 40)};
+    film.tracks[0].edits = {{500, -1}, {1000, 0}};
+    EXPECT_EQ(restored(film, {soundFile(folder_ / "t.m4a", {})}), before_);
+    EXPECT_EQ(restored(film, {soundFile(folder_ / "t.mkv", {{979, 21}})}), before_)
+        << "it is copied";
+    EXPECT_EQ(restored(film, {{.file = folder_ / "missing.m4a"}}), before_);
+    film.tracks[0].edits = {{500, -1}, {979, 21}};
+    EXPECT_EQ(restored(film, {soundFile(folder_ / "t.m4a", {{979, 21}})}), before_);
 }
 
 TEST_F(PictureStartTest, APictureShownInTheOrderOfDecodingStays) {
