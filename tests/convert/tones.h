@@ -68,12 +68,19 @@ struct Heard {
     }
 };
 
-inline Heard heard(const std::filesystem::path& file) {
+/// `stream` as FFmpeg counts them: "a:1" is the second sound.
+inline Heard heard(const std::filesystem::path& file, const std::string& stream = "a:0") {
     Heard sound;
-    sound.channels = std::stoi(probeValue(file, "stream=channels"));
-    sound.rate = std::stoi(probeValue(file, "stream=sample_rate"));
+    const std::string told = runTool({"ffprobe", "-v", "error", "-select_streams", stream,
+                                      "-show_entries", "stream=channels,sample_rate", "-of",
+                                      "default=noprint_wrappers=1", file.string()});
+    const auto value = [&told](const std::string& key) {
+        return std::stoi(told.substr(told.find(key) + key.size()));
+    };
+    sound.channels = value("channels=");
+    sound.rate = value("sample_rate=");
     const std::string bytes = runTool(
-        {"ffmpeg", "-v", "error", "-i", file.string(), "-map", "0:a:0", "-f", "f32le", "-"});
+        {"ffmpeg", "-v", "error", "-i", file.string(), "-map", "0:" + stream, "-f", "f32le", "-"});
     sound.samples.resize(bytes.size() / sizeof(float));
     std::memcpy(sound.samples.data(), bytes.data(), sound.samples.size() * sizeof(float));
     return sound;
