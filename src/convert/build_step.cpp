@@ -42,7 +42,7 @@ void takeOver(const ConvertJob& job) {
 }
 
 void restorePicture(const ConvertJob& job) {
-    PictureStart::restore(job.built());
+    PictureStart::restore(job.built(), job.mux.tracks);
     if (const MKVTrack* const video = job.mkv->track(job.plan().video))
         BuiltPicture::restore(job.built(), *video);
 }
