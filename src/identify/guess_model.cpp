@@ -4,6 +4,8 @@
 
 #include "foundation/errors.h"
 #include "foundation/text.h"
+#include "identify/local_model.h"
+#include "sources/http_session.h"
 
 namespace marlet {
 namespace AIGuesser {
@@ -19,8 +21,14 @@ State& state() {
     return all;
 }
 
+constexpr const char* forcedOff = "Off (forced for testing)";
+
 std::string shown(const std::optional<int>& number) {
     return number ? std::to_string(*number) : "";
+}
+
+std::string shown(const std::optional<std::string>& text) {
+    return text.value_or("");
 }
 
 }  // namespace
@@ -38,23 +46,28 @@ bool disabled() {
 }
 
 bool isAvailable() {
-    return static_cast<bool>(state().model);
+    return state().model || LocalModel::isSet();
 }
 
 std::string availabilityNote() {
-    if (disabled()) return "Off (forced for testing)";
-    return isAvailable() ? "On this Mac" : "Not available";
+    return disabled() ? forcedOff : LocalModel::note();
+}
+
+Task<std::string> freshAvailabilityNote(CancelToken cancel) {
+    if (disabled()) co_return forcedOff;
+    auto looking = LocalModel::lookAgain(std::move(cancel));
+    std::string note = co_await looking;
+    co_return note;
 }
 
 std::string prompt(const Input& input) {
     std::string text = "File name: " + input.fileName + "\nFolder path: " + input.folderPath;
     const ExistingTags& tags = input.tags;
     if (tags.title || tags.show || tags.season || tags.episode || tags.year) {
-        text += "\nExisting tags: title=" + tags.title.value_or("") +
-                " show=" + tags.show.value_or("") + " season=" + shown(tags.season) +
-                " episode=" + shown(tags.episode);
+        text += "\nExisting tags: title=" + shown(tags.title) + " show=" + shown(tags.show) +
+                " season=" + shown(tags.season) + " episode=" + shown(tags.episode);
     }
-    return text;
+    return Text::repairUtf8(viewOf(text));
 }
 
 }  // namespace AIGuesser
@@ -87,20 +100,29 @@ std::optional<Guess> guessFrom(const FileGuess& answer) {
     return guess;
 }
 
-Task<std::optional<Guess>> run(AIGuesser::Input input) {
-    std::optional<Guess> guess;
-    const AIGuesser::Model model = AIGuesser::state().model;
-    if (!model) co_return guess;
+Task<Answer> ask(AIGuesser::Input input, CancelToken cancel) {
+    Answer answer;
+    if (!AIGuesser::isAvailable()) co_return answer;
+    const AIGuesser::Model installed = AIGuesser::state().model;
+    const AIGuesser::Model model = installed ? installed : LocalModel::ask;
     try {
-        auto asking = model(instructions, AIGuesser::prompt(input));
-        const FileGuess answer = co_await asking;
-        guess = guessFrom(answer);
+        auto asking = model(instructions, AIGuesser::prompt(input), cancel);
+        const FileGuess said = co_await asking;
+        answer.guess = guessFrom(said);
     } catch (const CancelError&) {
         throw;
+    } catch (const TransportError&) {
+        answer.silent = true;
     } catch (const std::exception&) {
         // The model is a helper: without its answer the rules stand alone.
     }
-    co_return guess;
+    co_return answer;
+}
+
+Task<std::optional<Guess>> run(AIGuesser::Input input, CancelToken cancel) {
+    auto asking = ask(std::move(input), std::move(cancel));
+    Answer answer = co_await asking;
+    co_return std::move(answer.guess);
 }
 
 }  // namespace ModelCall

@@ -19,8 +19,8 @@ struct FileGuess {
     int episode = 0;
 };
 
-/// The optional reader of messy names on the person's own machine. This build has no model: unless
-/// one is installed the seam answers "not available" and the rules stand alone.
+/// The optional reader of messy names on the person's own machine: LocalModel, or what a test
+/// installs in its place. Without one the rules stand alone.
 namespace AIGuesser {
 
 struct Input {
@@ -29,25 +29,36 @@ struct Input {
     ExistingTags tags;
 };
 
-/// A model: instructions and prompt to a filled-in FileGuess; may throw. Everything stays on the
-/// machine.
-using Model = std::function<Task<FileGuess>(std::string instructions, std::string prompt)>;
+/// A model: instructions and prompt to a filled-in FileGuess. May throw: TransportError when there
+/// was no answer, CancelError when cancelled, anything else for an answer that is none.
+using Model =
+    std::function<Task<FileGuess>(std::string instructions, std::string prompt, CancelToken)>;
 
-/// Put in at start-up where the machine has one; an empty function takes it out. Main context.
+/// In place of the machine's own; an empty function takes it out. Main context.
 void install(Model model);
 /// Set for the run by "--no-ai".
 void setDisabled(bool disabled);
 bool disabled();
+/// Tells nothing that would have to be asked for: a model is never started by this.
 bool isAvailable();
 /// The words for the Settings screen.
 std::string availabilityNote();
+/// The same once the model's server was asked whether it is there.
+Task<std::string> freshAvailabilityNote(CancelToken cancel = {});
+/// Valid UTF-8, whatever the file's name and tags hold.
 std::string prompt(const Input& input);
 
 }  // namespace AIGuesser
 
 namespace ModelCall {
-/// Nothing on any failure, or when there is no model.
-Task<std::optional<Guess>> run(AIGuesser::Input input);
+struct Answer {
+    std::optional<Guess> guess;  ///< nothing on any failure, or when there is no model
+    bool silent = false;         ///< nobody answered at all
+};
+/// Throws nothing but CancelError. A call knows nothing of the calls before it.
+Task<Answer> ask(AIGuesser::Input input, CancelToken cancel = {});
+/// The guess of ask.
+Task<std::optional<Guess>> run(AIGuesser::Input input, CancelToken cancel = {});
 /// What the answer says, without what it may not say: half an episode number, a year before films.
 std::optional<Guess> guessFrom(const FileGuess& answer);
 }  // namespace ModelCall

@@ -13,6 +13,9 @@ using Parses = std::vector<FilenameRules::Parse>;
 
 /// Names read in one go on a worker: few enough that a cancelled scan ends promptly.
 constexpr std::size_t batch = 64;
+/// A model that didn't answer so often in a row is left alone for the rest of the scan. The first
+/// call may well be in vain: a server that has just been started reads its model from the disk.
+constexpr int mostSilences = 3;
 
 AIGuesser::Input inputOf(const ScannedFile& file) {
     return {FileNames::name(file.url), Text::repairUtf8(viewOf(file.url.parent_path().native())),
@@ -66,14 +69,17 @@ Task<std::vector<std::optional<Guess>>> readAll(std::vector<ScannedFile> files, 
                                                 CancelToken cancel) {
     auto parsing = parseAll(files, cancel);
     const Parses parses = co_await parsing;
-    const bool mayAsk = useModel && !AIGuesser::disabled() && AIGuesser::isAvailable();
+    int silences = 0;
     std::vector<std::optional<Guess>> guesses;
     for (std::size_t i = 0; i < files.size(); i++) {
         std::optional<Guess> model;
         const AIGuesser::Input input = inputOf(files[i]);
-        if (mayAsk && wantsModel(parses[i])) {
-            auto asking = Asking::orCancelled(ModelCall::run(input), cancel);
-            model = co_await asking;
+        const bool mayAsk = useModel && silences < mostSilences && wantsModel(parses[i]);
+        if (mayAsk && !AIGuesser::disabled() && AIGuesser::isAvailable()) {
+            auto asking = Asking::orCancelled(ModelCall::ask(input, cancel), cancel);
+            ModelCall::Answer answer = co_await asking;
+            silences = answer.silent ? silences + 1 : 0;
+            model = std::move(answer.guess);
         }
         guesses.push_back(settled(parses[i], std::move(model), input));
     }

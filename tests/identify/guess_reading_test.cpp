@@ -39,7 +39,7 @@ protected:
     }
     /// Every prompt the model got; it answers this title each time.
     void installModel(const std::string& title) {
-        AIGuesser::install([this, title](std::string, std::string prompt) {
+        AIGuesser::install([this, title](std::string, std::string prompt, CancelToken) {
             prompts.push_back(prompt);
             return answering(title);
         });

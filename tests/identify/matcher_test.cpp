@@ -224,7 +224,7 @@ Task<FileGuess> reloaded() {
 }
 
 TEST_F(MatcherTest, AModelThatInventsWordsIsSetAsideAndTheFileIsShownWithTheConflictInFront) {
-    AIGuesser::install([](std::string, std::string) { return reloaded(); });
+    AIGuesser::install([](std::string, std::string, CancelToken) { return reloaded(); });
     const std::string conflict = "The model added “reloaded”, which isn't in the name";
     const std::string path = "/dl/Some.Obscure.Film.1080p.BluRay.x264.mkv";
     EXPECT_THAT(process({path})[0].verdict.reasons(),
@@ -251,7 +251,7 @@ class GatedSource : public ScriptedSource {
 public:
     using ScriptedSource::ScriptedSource;
 
-    Task<std::vector<ExtMovie>> searchMovies(std::string title) override {
+    Task<std::vector<ExtMovie>> searchMovies(std::string title, CancelToken) override {
         started.push_back(title);
         most = std::max(most, ++running);
         const Gate gate = gates[title];
