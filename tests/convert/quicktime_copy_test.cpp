@@ -150,6 +150,41 @@ TEST(QuickTimeCopy, OnlyTheLinkIsNamedToTheToolAndNoTrackIsRenamed) {
     EXPECT_THAT(arguments, HasSubstr("-moovpad\n" + std::to_string(ilst.size() + 4096) + "\n"));
 }
 
+/// The same boxes with chunk offsets of 64 bits.
+Bytes withWideOffsets(ByteView boxes) {
+    Bytes all;
+    for (const Box& each : children(boxes, 0, static_cast<std::int64_t>(boxes.size()))) {
+        const ByteView payload = slice(boxes, each.start, each.end);
+        const std::array folders = {"moov", "trak", "mdia", "minf", "stbl"};
+        if (std::ranges::find(folders, each.type) != folders.end()) {
+            append(all, box(each.type, withWideOffsets(payload)));
+        } else if (each.type == "stco") {
+            std::vector<std::uint64_t> offsets;
+            for (std::int64_t at = 8; at + 4 <= static_cast<std::int64_t>(payload.size()); at += 4)
+                offsets.push_back(BigEndian::u32(payload, at));
+            append(all, co64Box(offsets));
+        } else {
+            append(all, slice(boxes, each.boxStart, each.end));
+        }
+    }
+    return all;
+}
+
+TEST(QuickTimeCopy, OffsetsAndMediaDataOf64BitsAreRead) {
+    // QuickTime keeps eight bytes free ahead of its media data for a size of that length.
+    Bytes film = plainMOV();
+    const Bytes code = bytesOf("wide");
+    const auto wide = std::search(film.begin(), film.end(), code.begin(), code.end());
+    ASSERT_NE(wide, film.end());
+    const std::size_t at = static_cast<std::size_t>(wide - film.begin()) - 4;
+    const std::uint64_t size = BigEndian::u32(film, static_cast<std::int64_t>(at) + 8) + 8;
+    film = patched(film, at, joined({be32(1), bytesOf("mdat"), be64(size)}));
+    film = withWideOffsets(film);
+    Copy copy(film);
+    expectDone(copy);
+    EXPECT_EQ(packetHashes(copy.output() / "Movie.m4v"), packetHashes(copy.request.source));
+}
+
 TEST(QuickTimeCopy, TheWorkFolderStaysWhenItIsAskedFor) {
     Copy film;
     const ScopedEnv keep("MARLET_KEEP_WORK", "");
