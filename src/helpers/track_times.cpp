@@ -36,8 +36,8 @@ struct Rate {
     std::uint32_t frame = 3600;
 };
 
-/// Each rate that films have, and its double.
-constexpr std::array<Rate, 12> steadyRates = {{{24'000, 1001},
+/// Each rate that films have, its double, and what cameras of old had.
+constexpr std::array<Rate, 16> steadyRates = {{{24'000, 1001},
                                                {24'000, 1000},
                                                {25'000, 1000},
                                                {30'000, 1001},
@@ -48,7 +48,11 @@ constexpr std::array<Rate, 12> steadyRates = {{{24'000, 1001},
                                                {60'000, 1001},
                                                {60'000, 1000},
                                                {120'000, 1001},
-                                               {120'000, 1000}}};
+                                               {120'000, 1000},
+                                               {15'000, 1001},
+                                               {15'000, 1000},
+                                               {12'000, 1001},
+                                               {12'000, 1000}}};
 
 using Order = std::vector<std::uint32_t>;
 

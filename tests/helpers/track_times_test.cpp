@@ -49,6 +49,9 @@ TEST(VideoTimes, GivesASteadyFilmItsExactRate) {
     EXPECT_EQ(film.length, 5000U * 1001);
     EXPECT_EQ(VideoTimes::make(rounded(25, 100), std::nullopt).timescale, 25'000U);
     EXPECT_THAT(VideoTimes::make(rounded(60, 100), std::nullopt).durations, Each(1000U));
+    EXPECT_EQ(VideoTimes::make(rounded(15, 100), std::nullopt).timescale, 15'000U);
+    EXPECT_THAT(VideoTimes::make(rounded(12000.0 / 1001, 100), std::nullopt).durations,
+                Each(1001U));
 }
 
 TEST(VideoTimes, TellsTwentyFourFromItsNearNeighbour) {
