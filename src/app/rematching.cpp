@@ -49,9 +49,9 @@ Task<Match> movieMatch(std::shared_ptr<TMDBClient> tmdb, std::int64_t movieID) {
 }
 
 Task<Match> sourceEpisode(ExternalSource* via, ExtShow show, int season, int episode) {
-    auto fetchingInfo = via->showInfo(show);
+    auto fetchingInfo = via->showInfo(show, {});
     const ExtShowInfo info = co_await fetchingInfo;
-    auto fetchingEpisodes = via->episodes(season, show);
+    auto fetchingEpisodes = via->episodes(season, show, {});
     const std::vector<ExtEpisode> all = co_await fetchingEpisodes;
     const auto found = std::find_if(all.begin(), all.end(),
                                     [&](const ExtEpisode& each) { return each.number == episode; });
@@ -62,7 +62,7 @@ Task<Match> sourceEpisode(ExternalSource* via, ExtShow show, int season, int epi
 }
 
 Task<Match> sourceFilm(ExternalSource* via, ExtMovie movie) {
-    auto fetching = via->movieDetails(movie);
+    auto fetching = via->movieDetails(movie, {});
     const ExtMovie full = co_await fetching;
     co_return ExternalMatch::ofFilm(full, via->id());
 }

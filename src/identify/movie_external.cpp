@@ -42,12 +42,12 @@ Task<ResolvedFile> fromExternal(ExternalSource* source, ScannedFile file, Guess 
                                 CancelToken cancel) {
     const SourceID id = source->id();
     const Wanted wanted = Wanted::of(file, guess);
-    auto searching = Asking::answer(source->searchMovies(wanted.title), cancel);
+    auto searching = Asking::answer(source->searchMovies(wanted.title, cancel), cancel);
     auto found = co_await searching;
     const std::vector<ExtMovie> films =
         namesakes(std::move(found).value_or(std::vector<ExtMovie>{}), wanted);
     for (std::size_t i = 0; i < std::min(looks, films.size()); i++) {
-        auto filling = Asking::answer(source->movieDetails(films[i]), cancel);
+        auto filling = Asking::answer(source->movieDetails(films[i], cancel), cancel);
         const auto filled = co_await filling;
         const ExtMovie& film = filled ? *filled : films[i];
         if (const auto verdict = judge(film, wanted)) {

@@ -35,7 +35,7 @@ Task<std::optional<Chosen>> firstWithSeason(ExternalSource* source, std::vector<
     const auto wanted = SeasonJudging::claims(files.guesses);
     std::optional<Chosen> second;
     for (const ExtShow& show : shows) {
-        auto asking = Asking::answer(source->episodes(files.season(), show), cancel);
+        auto asking = Asking::answer(source->episodes(files.season(), show, cancel), cancel);
         auto episodes = co_await asking;
         if (!episodes || episodes->empty()) continue;
         const bool isWanted = hasAnyOf(*episodes, wanted);
@@ -134,7 +134,7 @@ Task<std::vector<ResolvedFile>> fromExternal(ExternalSource* source, SeasonFiles
                                              CancelToken cancel) {
     const SourceID id = source->id();
     const std::string title = VerdictWords::quoted(files.title());
-    auto searching = Asking::answer(source->searchShows(files.title()), cancel);
+    auto searching = Asking::answer(source->searchShows(files.title(), cancel), cancel);
     const auto found = co_await searching;
     const std::vector<ExtShow> shows = SeasonJudging::candidates(
         found.value_or(std::vector<ExtShow>{}), files,
@@ -148,7 +148,7 @@ Task<std::vector<ResolvedFile>> fromExternal(ExternalSource* source, SeasonFiles
         co_return files.missed("Season " + std::to_string(files.season()) + " isn't on " +
                                displayName(id) + " for " + title);
     }
-    auto describing = Asking::answer(source->showInfo(chosen->show), cancel);
+    auto describing = Asking::answer(source->showInfo(chosen->show, cancel), cancel);
     auto info = co_await describing;
     if (info) chosen->info = std::move(*info);
 

@@ -71,8 +71,12 @@ int storefront(const std::string& country) {
 }
 
 int storefront() {
+    return storefront(storeCountry());
+}
+
+std::string storeCountry() {
     const std::string country = parts(posixLocale()).country;
-    return storefront(country.empty() ? "US" : country);
+    return storefronts().contains(country) ? country : "US";
 }
 
 std::string locale() {

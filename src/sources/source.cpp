@@ -29,9 +29,4 @@ std::int64_t ExtMovie::pseudoID() const {
     return pseudo(rawValue(source) + ":movie:" + id);
 }
 
-ExternalSource* sharedSource(SourceID) {
-    // TMDB has its own client, and this build carries no other catalogue yet.
-    return nullptr;
-}
-
 }  // namespace marlet

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/errors.h"
 #include "foundation/records.h"
 #include "sources/async.h"
 
@@ -63,20 +64,29 @@ struct ExtShowInfo {
     std::map<int, std::vector<std::string>> seasonTall;
 };
 
-/// A catalogue beside TMDB. One call in its state at a time; any call may throw.
+/// The service refused, or its answer isn't one that can be used.
+class SourceError : public MFError {
+public:
+    using MFError::MFError;
+};
+
+/// A catalogue beside TMDB. One request at a time; any call may throw, and throws CancelError as
+/// soon as its token is cancelled.
 class ExternalSource {
 public:
     virtual ~ExternalSource() = default;
     virtual SourceID id() const = 0;
-    virtual Task<std::vector<ExtShow>> searchShows(std::string title) = 0;
-    virtual Task<ExtShowInfo> showInfo(ExtShow show) = 0;
-    virtual Task<std::vector<int>> seasons(ExtShow show) = 0;
-    virtual Task<std::vector<ExtEpisode>> episodes(int season, ExtShow show) = 0;
-    virtual Task<std::vector<ExtMovie>> searchMovies(std::string title) = 0;
-    virtual Task<ExtMovie> movieDetails(ExtMovie movie) = 0;
+    virtual Task<std::vector<ExtShow>> searchShows(std::string title, CancelToken cancel) = 0;
+    virtual Task<ExtShowInfo> showInfo(ExtShow show, CancelToken cancel) = 0;
+    virtual Task<std::vector<int>> seasons(ExtShow show, CancelToken cancel) = 0;
+    virtual Task<std::vector<ExtEpisode>> episodes(int season, ExtShow show,
+                                                   CancelToken cancel) = 0;
+    virtual Task<std::vector<ExtMovie>> searchMovies(std::string title, CancelToken cancel) = 0;
+    virtual Task<ExtMovie> movieDetails(ExtMovie movie, CancelToken cancel) = 0;
 };
 
-/// The built-in catalogue of that name; nothing when this build has none.
+/// The built-in catalogue of that name, which lives as long as the application object; nothing for
+/// TMDB, which has a client of its own.
 ExternalSource* sharedSource(SourceID id);
 
 /// 64-bit djb2 over the UTF-8 bytes.

@@ -37,7 +37,7 @@ std::optional<Bytes> read(const std::string& key, Instant now) {
     if (error) return std::nullopt;
     const auto saved =
         std::chrono::time_point_cast<Instant::duration>(std::chrono::file_clock::to_sys(written));
-    if (now - saved > longestAge || saved < oldest()) return std::nullopt;
+    if (!isGood(saved, now)) return std::nullopt;
     const std::uintmax_t size = fs::file_size(file, error);
     if (error || size > largestAnswer) return std::nullopt;
     std::ifstream in(file, std::ios::binary);
@@ -45,6 +45,10 @@ std::optional<Bytes> read(const std::string& key, Instant now) {
     in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
     if (!in) return std::nullopt;
     return bytes;
+}
+
+bool isGood(Instant learnt, Instant now) {
+    return now - learnt <= longestAge && learnt >= oldest();
 }
 
 void write(ByteView data, const std::string& key) {

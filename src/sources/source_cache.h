@@ -18,6 +18,8 @@ using Instant = std::chrono::system_clock::time_point;
 /// Nothing when there is no answer, or it is too old, or from before the last refresh.
 std::optional<Bytes> read(const std::string& key, Instant now = std::chrono::system_clock::now());
 void write(ByteView data, const std::string& key);
+/// Whether what was learnt at that instant still counts.
+bool isGood(Instant learnt, Instant now = std::chrono::system_clock::now());
 
 /// What was saved earlier no longer counts. Starts in the distant past.
 Instant notBefore();

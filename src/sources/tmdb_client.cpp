@@ -3,13 +3,13 @@
 #include <QUrl>
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 
 #include "foundation/paths.h"
 #include "foundation/preferences.h"
 #include "foundation/text.h"
 #include "sources/clock.h"
 #include "sources/details_loader.h"
+#include "sources/http_address.h"
 #include "sources/tmdb_decode.h"
 
 namespace marlet {
@@ -27,30 +27,6 @@ constexpr std::size_t seasonsPerRequest = 20;
 constexpr std::size_t largestAnswer = 16 * 1024 * 1024;
 constexpr int mostTries = 4;
 constexpr int tooManyRequests = 429;
-
-/// A service's root from the environment, without a slash at its end.
-std::string rootOf(const char* variable, const char* usual) {
-    const char* value = std::getenv(variable);
-    std::string root = value != nullptr && *value != '\0' ? value : usual;
-    while (root.ends_with('/')) root.pop_back();
-    return root;
-}
-
-/// RFC 3986, 2.3: what isn't unreserved is escaped, so that one question has one spelling.
-std::string escaped(const std::string& text) {
-    static constexpr char hex[] = "0123456789ABCDEF";
-    static constexpr std::string_view plain = "-._~";
-    std::string result;
-    for (const std::uint8_t byte : viewOf(text)) {
-        const char c = static_cast<char>(byte);
-        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        if (letter || (c >= '0' && c <= '9') || plain.find(c) != std::string_view::npos)
-            result += c;
-        else
-            result += {'%', hex[byte >> 4], hex[byte & 15]};
-    }
-    return result;
-}
 
 /// The person's language, English and "no text", each once.
 std::string imageLanguages() {
@@ -87,7 +63,8 @@ TMDBError TMDBError::badResponse() {
 
 std::string ImageRef::url(const std::string& path, const std::string& size) {
     if (Text::startsWith(path, "http")) return path;
-    return rootOf("MARLET_TMDB_IMAGES", "https://image.tmdb.org") + "/t/p/" + size + path;
+    return HttpAddress::rootOf("MARLET_TMDB_IMAGES", "https://image.tmdb.org") + "/t/p/" + size +
+           path;
 }
 
 struct TMDBClient::Impl {
@@ -114,16 +91,11 @@ struct TMDBClient::Impl {
 };
 
 HttpRequest TMDBClient::Impl::request(const std::string& path, Query query) const {
-    // Sorted, so that the same question always has the same address, which the cache goes by.
-    std::stable_sort(query.begin(), query.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
     HttpRequest made;
-    made.url = rootOf("MARLET_TMDB_API", "https://api.themoviedb.org/3") + path;
-    char separator = '?';
-    for (const auto& [key, value] : query) {
-        made.url += separator + escaped(key) + "=" + escaped(value);
-        separator = '&';
-    }
+    // One question has one address, which the cache goes by.
+    made.url = HttpAddress::withQuery(
+        HttpAddress::rootOf("MARLET_TMDB_API", "https://api.themoviedb.org/3") + path,
+        std::move(query));
     made.headers = {{"Authorization", "Bearer " + token}, {"accept", "application/json"}};
     made.maxBody = largestAnswer;
     return made;

@@ -58,6 +58,7 @@ protected:
     ModelTest() {
         qtApp();
         Preferences::install(std::make_unique<MemoryPreferences>());
+        Preferences::current().setBoolean("sourceOn.appleTV", false);
         RunMode::setArguments({});
         for (const auto& [name, value] : server.environment())
             environment.emplace_back(name, value);

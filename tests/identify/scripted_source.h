@@ -52,35 +52,35 @@ public:
 
     SourceID id() const override { return id_; }
 
-    Task<std::vector<ExtShow>> searchShows(std::string title) override {
+    Task<std::vector<ExtShow>> searchShows(std::string title, CancelToken) override {
         note("shows " + title);
         std::vector<ExtShow> found;
         for (const Show& show : shows) found.push_back(show.show);
         co_return found;
     }
-    Task<ExtShowInfo> showInfo(ExtShow show) override {
+    Task<ExtShowInfo> showInfo(ExtShow show, CancelToken) override {
         note("info " + show.id);
         if (hidesDetails) throw MFError("no details");
         co_return at(show.id).info;
     }
-    Task<std::vector<int>> seasons(ExtShow show) override {
+    Task<std::vector<int>> seasons(ExtShow show, CancelToken) override {
         note("seasons " + show.id);
         std::vector<int> numbers;
         for (const auto& [number, episodes] : at(show.id).seasons) numbers.push_back(number);
         co_return numbers;
     }
-    Task<std::vector<ExtEpisode>> episodes(int season, ExtShow show) override {
+    Task<std::vector<ExtEpisode>> episodes(int season, ExtShow show, CancelToken) override {
         note("episodes " + show.id + " " + std::to_string(season));
         const auto& all = at(show.id).seasons;
         const auto found = all.find(season);
         if (found == all.end()) co_return std::vector<ExtEpisode>{};
         co_return found->second;
     }
-    Task<std::vector<ExtMovie>> searchMovies(std::string title) override {
+    Task<std::vector<ExtMovie>> searchMovies(std::string title, CancelToken) override {
         note("films " + title);
         co_return films;
     }
-    Task<ExtMovie> movieDetails(ExtMovie movie) override {
+    Task<ExtMovie> movieDetails(ExtMovie movie, CancelToken) override {
         note("details " + movie.id);
         if (hidesDetails) throw MFError("no details");
         const auto found = filledIn.find(movie.id);

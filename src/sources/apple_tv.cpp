@@ -1,0 +1,294 @@
+#include "sources/apple_tv.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "foundation/text.h"
+#include "sources/apple_tv_answers.h"
+#include "sources/http_session.h"
+#include "sources/json_object.h"
+#include "sources/politeness.h"
+#include "sources/region.h"
+#include "sources/source_cache.h"
+#include "sources/turnstile.h"
+
+namespace marlet {
+
+using AppleTVAnswers::Key;
+using AppleTVAnswers::SeasonSummaries;
+using HttpAddress::Query;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* publicRoot = "https://uts-api.itunes.apple.com/uts/v3";
+/// The longest real answer has about 2 MB; what is built from JSON takes several times its bytes.
+constexpr std::size_t largestAnswer = 16 * 1024 * 1024;
+constexpr auto silence = 20s;  ///< without any byte coming in
+constexpr auto longest = 60s;  ///< for a whole answer
+
+std::string showPath(const ExtShow& show) {
+    return "shows/" + HttpAddress::escaped(show.id);
+}
+
+/// An answer that repeats the key isn't kept with it.
+Bytes withoutKey(const Bytes& answer, const std::optional<Key>& key) {
+    if (!key) return answer;
+    std::string text = textOf(answer);
+    for (const std::string& form :
+         {key->utsk, HttpAddress::escaped(key->utsk), Text::replaceAll(key->utsk, "/", "\\/")}) {
+        text = Text::replaceAll(std::move(text), form, "");
+    }
+    return bytesOf(text);
+}
+
+}  // namespace
+
+struct AppleTVSource::Impl {
+    Politeness polite{Politeness::appleTVGap};
+    /// One request at a time, and what is asked twice at once is asked once.
+    std::shared_ptr<Turnstile> turns = std::make_shared<Turnstile>(1);
+    HttpSession session;
+    std::optional<Key> key;
+    struct Summary {
+        SeasonSummaries seasons;
+        SourceCache::Instant at;
+    };
+    std::map<std::string, Summary> summaryCache;  ///< by show id
+
+    using Shared = std::shared_ptr<Impl>;
+
+    static Task<Json> send(Shared impl, std::string path, Query query, std::string cacheKey,
+                           CancelToken cancel);
+    static Task<> ensureKey(Shared impl, CancelToken cancel);
+    static Task<Json> call(Shared impl, std::string path, Query query, CancelToken cancel);
+    static Task<AppleTVAnswers::SearchResult> search(Shared impl, std::string title,
+                                                     CancelToken cancel);
+    static Task<std::optional<SeasonSummaries>> summaries(Shared impl, ExtShow show,
+                                                          CancelToken cancel);
+
+    static Task<std::vector<ExtShow>> shows(Shared impl, std::string title, CancelToken cancel);
+    static Task<std::vector<ExtMovie>> movies(Shared impl, std::string title, CancelToken cancel);
+    static Task<ExtShowInfo> info(Shared impl, ExtShow show, CancelToken cancel);
+    static Task<std::vector<int>> seasons(Shared impl, ExtShow show, CancelToken cancel);
+    static Task<std::vector<ExtEpisode>> episodes(Shared impl, int season, ExtShow show,
+                                                  CancelToken cancel);
+    static Task<ExtMovie> details(Shared impl, ExtMovie movie, CancelToken cancel);
+
+    HttpRequest request(const std::string& path, Query query) const;
+    void judge(int status);
+};
+
+namespace {
+
+/// Nothing when there is no saved answer, or one that was damaged since.
+std::optional<Json> saved(const std::string& cacheKey) {
+    const auto bytes = SourceCache::read(cacheKey);
+    if (!bytes) return std::nullopt;
+    try {
+        return parseJson(*bytes);
+    } catch (const MFError&) {
+        return std::nullopt;
+    }
+}
+
+}  // namespace
+
+HttpRequest AppleTVSource::Impl::request(const std::string& path, Query query) const {
+    const Query common = {{"caller", "js"},
+                          {"v", "82"},
+                          {"locale", Region::locale()},
+                          {"sf", std::to_string(Region::storefront())}};
+    query.insert(query.end(), common.begin(), common.end());
+    if (key) {
+        query.emplace_back("utsk", key->utsk);
+        query.emplace_back("pfm", key->pfm);
+    }
+    HttpRequest made;
+    made.url = HttpAddress::withQuery(
+        HttpAddress::rootOf("MARLET_APPLE_TV_API", publicRoot) + "/" + path, std::move(query));
+    made.headers = {{"accept", "application/json"}};
+    made.timeout = silence;
+    made.longest = longest;
+    made.maxBody = largestAnswer;
+    // The address holds the key, and so may the address that a redirect names.
+    made.sameHostOnly = true;
+    return made;
+}
+
+void AppleTVSource::Impl::judge(int status) {
+    if (status == 200) return;
+    if (status == 429) polite.failed(Politeness::Failure::Hard);
+    if (status >= 500 || status == 0) polite.failed(Politeness::Failure::Soft);
+    // A key that the service no longer takes is asked for anew.
+    if (status == 401 || status == 403) key.reset();
+    throw SourceError("Apple TV answered with an error (" + std::to_string(status) + ")");
+}
+
+Task<Json> AppleTVSource::Impl::send(Shared impl, std::string path, Query query,
+                                     std::string cacheKey, CancelToken cancel) {
+    Task<> waiting = impl->polite.wait(cancel);
+    co_await waiting;
+    cancel.check();
+    HttpAnswer answer;
+    try {
+        Task<HttpAnswer> asking = impl->session.get(impl->request(path, std::move(query)),
+                                                    HttpSession::Use::IgnoreCache, cancel);
+        answer = co_await asking;
+    } catch (const TransportError&) {
+        impl->polite.failed(Politeness::Failure::Soft);
+        throw;
+    }
+    impl->judge(answer.status);
+    Json json = parseJson(answer.body);
+    impl->polite.succeeded();
+    if (!cacheKey.empty()) SourceCache::write(withoutKey(answer.body, impl->key), cacheKey);
+    co_return json;
+}
+
+Task<> AppleTVSource::Impl::ensureKey(Shared impl, CancelToken cancel) {
+    if (impl->key) co_return;
+    // Never kept: the answer is the key.
+    Task<Json> sending = send(impl, "configurations", {}, "", cancel);
+    const Json answer = co_await sending;
+    impl->key = AppleTVAnswers::parseKey(answer);
+    if (!impl->key) throw SourceError("Apple TV gave no key");
+}
+
+Task<Json> AppleTVSource::Impl::call(Shared impl, std::string path, Query query,
+                                     CancelToken cancel) {
+    const std::string cacheKey = AppleTVSource::cacheKey(path, query);
+    if (auto known = saved(cacheKey)) co_return std::move(*known);
+    Task<Turnstile::Place> entering = Turnstile::enter(impl->turns, cancel);
+    const Turnstile::Place place = co_await entering;
+    // The one before may have asked the same.
+    if (auto known = saved(cacheKey)) co_return std::move(*known);
+    Task<> ensuring = ensureKey(impl, cancel);
+    co_await ensuring;
+    Task<Json> sending = send(impl, path, std::move(query), cacheKey, cancel);
+    Json answer = co_await sending;
+    co_return answer;
+}
+
+Task<AppleTVAnswers::SearchResult> AppleTVSource::Impl::search(Shared impl, std::string title,
+                                                               CancelToken cancel) {
+    const Query query = {{"searchTerm", title}};
+    Task<Json> calling = call(impl, "search", query, cancel);
+    const Json answer = co_await calling;
+    co_return AppleTVAnswers::parseSearch(answer);
+}
+
+Task<std::vector<ExtShow>> AppleTVSource::Impl::shows(Shared impl, std::string title,
+                                                      CancelToken cancel) {
+    Task<AppleTVAnswers::SearchResult> searching = search(impl, std::move(title), cancel);
+    AppleTVAnswers::SearchResult found = co_await searching;
+    co_return std::move(found.shows);
+}
+
+Task<std::vector<ExtMovie>> AppleTVSource::Impl::movies(Shared impl, std::string title,
+                                                        CancelToken cancel) {
+    Task<AppleTVAnswers::SearchResult> searching = search(impl, std::move(title), cancel);
+    AppleTVAnswers::SearchResult found = co_await searching;
+    co_return std::move(found.movies);
+}
+
+Task<ExtShowInfo> AppleTVSource::Impl::info(Shared impl, ExtShow show, CancelToken cancel) {
+    Task<Json> calling = call(impl, showPath(show), {}, cancel);
+    const Json answer = co_await calling;
+    auto found = AppleTVAnswers::parseShowInfo(answer);
+    if (!found) throw SourceError("Apple TV's answer tells of no show");
+    co_return std::move(*found);
+}
+
+Task<std::optional<SeasonSummaries>> AppleTVSource::Impl::summaries(Shared impl, ExtShow show,
+                                                                    CancelToken cancel) {
+    const auto held = impl->summaryCache.find(show.id);
+    if (held != impl->summaryCache.end() && SourceCache::isGood(held->second.at)) {
+        std::optional<SeasonSummaries> known = held->second.seasons;
+        co_return known;
+    }
+    Task<Json> calling = call(impl, showPath(show) + "/episodes", {}, cancel);
+    const Json answer = co_await calling;
+    std::optional<SeasonSummaries> found = AppleTVAnswers::parseSeasonSummaries(answer);
+    if (found) impl->summaryCache[show.id] = {*found, std::chrono::system_clock::now()};
+    co_return found;
+}
+
+Task<std::vector<int>> AppleTVSource::Impl::seasons(Shared impl, ExtShow show, CancelToken cancel) {
+    Task<std::optional<SeasonSummaries>> asking = summaries(impl, std::move(show), cancel);
+    const std::optional<SeasonSummaries> found = co_await asking;
+    std::vector<int> numbers;
+    if (found) {
+        for (const auto& [number, count] : *found) numbers.push_back(number);
+    }
+    co_return numbers;
+}
+
+Task<std::vector<ExtEpisode>> AppleTVSource::Impl::episodes(Shared impl, int season, ExtShow show,
+                                                            CancelToken cancel) {
+    Task<std::optional<SeasonSummaries>> asking = summaries(impl, show, cancel);
+    const SeasonSummaries known = (co_await asking).value_or(SeasonSummaries());
+    const auto own = known.find(season);
+    Query query;
+    if (own != known.end() && own->second >= 1) {
+        query.emplace_back("nextToken", std::to_string(AppleTVAnswers::offset(season, known)) +
+                                            ":" + std::to_string(own->second));
+    }
+    Task<Json> calling = call(impl, showPath(show) + "/episodes", std::move(query), cancel);
+    const Json answer = co_await calling;
+    std::vector<ExtEpisode> found = AppleTVAnswers::parseEpisodes(answer);
+    std::erase_if(found, [season](const ExtEpisode& episode) { return episode.season != season; });
+    co_return found;
+}
+
+Task<ExtMovie> AppleTVSource::Impl::details(Shared impl, ExtMovie movie, CancelToken cancel) {
+    Task<Json> calling = call(impl, "movies/" + HttpAddress::escaped(movie.id), {}, cancel);
+    const Json answer = co_await calling;
+    auto filled = AppleTVAnswers::parseMovie(answer, movie.id);
+    if (!filled) throw SourceError("Apple TV's answer tells of no film");
+    // What the search told and the film's own record doesn't.
+    filled->poster = movie.poster;
+    if (!filled->year) filled->year = movie.year;
+    if (filled->overview.empty()) filled->overview = movie.overview;
+    co_return std::move(*filled);
+}
+
+AppleTVSource::AppleTVSource() : impl_(std::make_shared<Impl>()) {}
+AppleTVSource::~AppleTVSource() = default;
+
+Task<std::vector<ExtShow>> AppleTVSource::searchShows(std::string title, CancelToken cancel) {
+    return Impl::shows(impl_, std::move(title), std::move(cancel));
+}
+
+Task<ExtShowInfo> AppleTVSource::showInfo(ExtShow show, CancelToken cancel) {
+    return Impl::info(impl_, std::move(show), std::move(cancel));
+}
+
+Task<std::vector<int>> AppleTVSource::seasons(ExtShow show, CancelToken cancel) {
+    return Impl::seasons(impl_, std::move(show), std::move(cancel));
+}
+
+Task<std::vector<ExtEpisode>> AppleTVSource::episodes(int season, ExtShow show,
+                                                      CancelToken cancel) {
+    return Impl::episodes(impl_, season, std::move(show), std::move(cancel));
+}
+
+Task<std::vector<ExtMovie>> AppleTVSource::searchMovies(std::string title, CancelToken cancel) {
+    return Impl::movies(impl_, std::move(title), std::move(cancel));
+}
+
+Task<ExtMovie> AppleTVSource::movieDetails(ExtMovie movie, CancelToken cancel) {
+    return Impl::details(impl_, std::move(movie), std::move(cancel));
+}
+
+std::string AppleTVSource::cacheKey(const std::string& path, Query query) {
+    std::erase_if(query,
+                  [](const auto& pair) { return pair.first == "utsk" || pair.first == "pfm"; });
+    return "appletv|" + Region::locale() + "|" + std::to_string(Region::storefront()) + "|" + path +
+           "|" + HttpAddress::plainQuery(std::move(query));
+}
+
+}  // namespace marlet
