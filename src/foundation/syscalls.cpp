@@ -190,6 +190,13 @@ void flushAndDropCache(int fd, std::uint64_t at, std::uint64_t count) {
     dropCache(fd, at, count);
 }
 
+std::uint64_t cacheShare() {
+    const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
+    return pages <= 0 || size <= 0
+               ? 0
+               : static_cast<std::uint64_t>(pages) / 4 * static_cast<std::uint64_t>(size);
+}
+
 }  // namespace Sys
 
 FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {

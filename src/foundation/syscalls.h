@@ -66,6 +66,9 @@ void startFlush(int fd, std::uint64_t at, std::uint64_t count);
 /// Drops a range from the page cache; the writing side is sent to the disk first.
 void dropCache(int fd, std::uint64_t at, std::uint64_t count);
 void flushAndDropCache(int fd, std::uint64_t at, std::uint64_t count);
+/// Bytes of one file that may stay in the page cache when somebody reads them again soon: a quarter
+/// of the machine's memory.
+std::uint64_t cacheShare();
 
 enum class Call {
     Open,

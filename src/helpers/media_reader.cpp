@@ -17,7 +17,7 @@ constexpr std::uint64_t dropStep = std::uint64_t{16} << 20;
 }  // namespace
 
 MediaReader::MediaReader(const SourceFile& file, const std::vector<std::uint64_t>& shares)
-    : file_(file) {
+    : file_(file), keptBehind_(std::max(largestWindow, Sys::cacheShare())) {
     const double all = std::accumulate(shares.begin(), shares.end(), 1.0);
     for (const std::uint64_t share : shares) {
         const double fair = static_cast<double>(largestWindow) * static_cast<double>(share) / all;
@@ -41,8 +41,9 @@ void MediaReader::read(std::size_t reader, std::span<std::uint8_t> part, std::ui
     if (FileOps::readFull(file_.handle.get(), part, at) != part.size())
         throw MFError("the file became shorter while it was read");
     Window& window = windows_[reader];
-    // A window's length stays: another track's data may lie there and be read next.
-    while (at > window.kept + dropStep + largestWindow) {
+    // A window's length stays at least: another track's data may lie there and be read next. Most
+    // films stay whole, since their proof reads them once more.
+    while (at > window.kept + dropStep + keptBehind_) {
         Sys::dropCache(file_.handle.get(), window.kept, dropStep);
         window.kept += dropStep;
     }

@@ -31,6 +31,7 @@ private:
     };
 
     const SourceFile& file_;
+    std::uint64_t keptBehind_;  // bytes behind a reader that stay in the page cache
     std::vector<Window> windows_;
 };
 

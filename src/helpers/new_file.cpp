@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint64_t inWork = 2 * PieceWriter::pieces * PieceWriter::pieceSize;
 constexpr std::uint64_t flushStep = std::uint64_t{16} << 20;
 /// So far behind, a disk is done with what it was sent.
-constexpr std::uint64_t dropBehind = std::uint64_t{256} << 20;
+constexpr std::uint64_t smallestKept = std::uint64_t{256} << 20;
 
 std::filesystem::path partialName(const std::filesystem::path& path) {
     std::filesystem::path partial = path;
@@ -32,7 +32,8 @@ NewFile::NewFile(const std::filesystem::path& path)
     : path_(path),
       partial_(partialName(path)),
       file_(create(partial_)),
-      writer_(file_.get(), Behind::Keep, PieceWriter::Thread::Own) {}
+      writer_(file_.get(), Behind::Keep, PieceWriter::Thread::Own),
+      keptBehind_(std::max(smallestKept, Sys::cacheShare())) {}
 
 NewFile::~NewFile() {
     if (!finished_) Sys::unlink(partial_);
@@ -76,7 +77,7 @@ void NewFile::flushBehind() {
     if (at_ < flushed_ + flushStep + inWork) return;
     Sys::startFlush(file_.get(), flushed_, flushStep);
     flushed_ += flushStep;
-    if (flushed_ < dropped_ + flushStep + dropBehind) return;
+    if (flushed_ < dropped_ + flushStep + keptBehind_) return;
     Sys::dropCache(file_.get(), dropped_, flushStep);
     dropped_ += flushStep;
 }

@@ -13,7 +13,8 @@ namespace marlet {
 /// A file that is written from front to back and comes to exist under its name whole or not at
 /// all: until finish() it has a name of its own, and goes on every other way out. A small ring of
 /// pieces is all its memory, a thread of its own writes, and what is written starts on its way to
-/// the disk at once and doesn't fill the page cache.
+/// the disk at once. Most films stay in the page cache, where their proof finds them; a larger one
+/// doesn't fill it.
 class NewFile {
 public:
     /// "cannot create the output: ..."; replaces what has the partial name.
@@ -44,6 +45,7 @@ private:
     std::size_t filled_ = 0;
     std::uint64_t at_ = 0;
     std::uint64_t flushed_ = 0;
+    std::uint64_t keptBehind_;  // bytes that stay in the page cache
     std::uint64_t dropped_ = 0;
     bool finished_ = false;
 };
