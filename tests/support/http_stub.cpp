@@ -49,7 +49,7 @@ bool writeOnAndOn(std::size_t, httplib::DataSink& sink) {
 
 HttpStub::Reply HttpStub::Impl::take(const httplib::Request& request) {
     const std::lock_guard lock(mutex);
-    Seen visit{request.target, {}};
+    Seen visit{request.target, {}, request.method, request.body};
     for (const auto& [name, value] : request.headers) visit.headers.emplace_back(name, value);
     seen.push_back(visit);
     auto found = table.find(request.target);
@@ -100,9 +100,11 @@ HttpStub::HttpStub() : impl_(std::make_unique<Impl>()) {
     // A kept connection would hold up the end of the server for seconds.
     impl.server.set_keep_alive_max_count(1);
     impl.server.set_tcp_nodelay(true);
-    impl.server.Get(".*", [&impl](const httplib::Request& request, httplib::Response& response) {
+    const auto serve = [&impl](const httplib::Request& request, httplib::Response& response) {
         impl.serve(request, response);
-    });
+    };
+    impl.server.Get(".*", serve);
+    impl.server.Post(".*", serve);
     impl.port = impl.server.bind_to_any_port("127.0.0.1");
     if (impl.port <= 0) throw std::runtime_error("no port for the test server");
     impl.thread = std::thread([&impl] { impl.server.listen_after_bind(); });

@@ -32,6 +32,8 @@ public:
     struct Seen {
         std::string target;  ///< path and query as sent
         Headers headers;
+        std::string method = "GET";
+        std::string body;
         std::string header(const std::string& name) const;  ///< empty when absent
     };
 
