@@ -4,8 +4,9 @@
 #
 #   MARLET_BENCH_GIB=4       size of the big film
 #   MARLET_BENCH_FILES=2000  files of the scan
+#   MARLET_BENCH_PICTURES=540  picture subtitles of each language
 #   MARLET_BENCH_TURNS=3     turns of each side, alternately; the best counts
-#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix write rebuild verify convert scan
+#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix ocr write rebuild verify convert scan
 #   TMPDIR=/var/tmp          the disk to measure on
 set -euo pipefail
 # Numbers have points, whatever the person's language.
@@ -39,7 +40,7 @@ say() { printf '%s\n' "$*" >&2; }
 
 # shellcheck source=bench/measure.sh
 . bench/measure.sh
-for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix write rebuild verify convert scan}; do
+for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix ocr write rebuild verify convert scan}; do
     # shellcheck source=/dev/null
     . "bench/parts/$part.sh"
     "measure_$part"
