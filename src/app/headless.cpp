@@ -6,6 +6,7 @@
 #include "app/settings.h"
 #include "foundation/preferences.h"
 #include "identify/guess_model.h"
+#include "identify/local_model.h"
 
 namespace marlet::Headless {
 
@@ -13,8 +14,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Whoever set an address that isn't used should read why.
+void tellOfRefusedModel() {
+    const auto refused = LocalModel::refusal();
+    if (refused && !AIGuesser::disabled()) std::fputs((*refused + "\n").c_str(), stderr);
+}
+
 void applyForTheRun(const Options& options) {
     if (options.noAI) AIGuesser::setDisabled(true);
+    tellOfRefusedModel();
     if (options.noFix) Settings::setFixForAppleTV(false);
     if (options.outputDir) {
         AppModel::outputOverride = std::filesystem::absolute(*options.outputDir);

@@ -9,6 +9,7 @@
 #include "app/headless.h"
 #include "app/quit_gate.h"
 #include "app/settings.h"
+#include "foundation/core_dumps.h"
 #include "foundation/preferences.h"
 #include "foundation/run_mode.h"
 #include "foundation/work_area.h"
@@ -53,6 +54,7 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    CoreDumps::forbid();
     RunMode::setArguments({argv + 1, argv + argc});
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("marlet"));
