@@ -60,6 +60,18 @@ bool keep(const std::string& token) {
     return true;
 }
 
+bool forget() {
+    if (automated() || !Keyring::remove(keyringName)) return false;
+    remembered() = std::optional<std::string>();
+    return true;
+}
+
+Origin origin() {
+    if (fromEnvironment()) return Origin::environment;
+    if (fromKeyring()) return Origin::keyring;
+    return compiledIn() ? Origin::compiledIn : Origin::none;
+}
+
 bool automated() {
     return RunMode::automated();
 }

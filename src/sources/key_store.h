@@ -15,6 +15,12 @@ std::optional<std::string> builtIn();
 /// Puts the person's own token into the keyring; false when that didn't work, and then nothing is
 /// stored anywhere.
 bool keep(const std::string& token);
+/// Takes the person's own token out of the keyring; false when that didn't work. No environment
+/// and no compiled-in token is touched.
+bool forget();
+/// Where builtIn's token comes from.
+enum class Origin { none, environment, keyring, compiledIn };
+Origin origin();
 /// RunMode::automated.
 bool automated();
 

@@ -18,6 +18,7 @@ constexpr int longestWaitMs = 3000;
 struct Answer {
     bool ended = false;
     bool good = false;
+    bool absent = false;
     QString secret;
 };
 
@@ -32,6 +33,7 @@ Answer run(Job* job) {
     QObject::connect(job, &QKeychain::Job::finished, [answer, loop](QKeychain::Job* done) {
         answer->ended = true;
         answer->good = done->error() == QKeychain::NoError;
+        answer->absent = done->error() == QKeychain::EntryNotFound;
         if (auto* reader = qobject_cast<QKeychain::ReadPasswordJob*>(done))
             answer->secret = reader->textData();
         loop->quit();
@@ -68,6 +70,14 @@ bool write(const std::string& name, const std::string& secret) {
     job->setKey(QString::fromStdString(name));
     job->setTextData(QString::fromStdString(secret));
     return run(job).good;
+}
+
+bool remove(const std::string& name) {
+    if (!isThere()) return false;
+    auto* job = new QKeychain::DeletePasswordJob(service());
+    job->setKey(QString::fromStdString(name));
+    const Answer answer = run(job);
+    return answer.good || answer.absent;
 }
 
 }  // namespace marlet::Keyring

@@ -14,6 +14,8 @@ bool isThere();
 /// Nothing when the keyring has none, is locked, or doesn't answer in time.
 std::optional<std::string> read(const std::string& name);
 bool write(const std::string& name, const std::string& secret);
+/// True when the keyring has none of that name afterwards.
+bool remove(const std::string& name);
 
 }  // namespace Keyring
 }  // namespace marlet

@@ -46,7 +46,17 @@ TEST_F(KeyStoreTest, WithoutASessionBusThereIsNoKeyring) {
     EXPECT_FALSE(Keyring::isThere());
     EXPECT_FALSE(Keyring::read("tmdb"));
     EXPECT_FALSE(Keyring::write("tmdb", "abc"));
+    EXPECT_FALSE(Keyring::remove("tmdb"));
     EXPECT_FALSE(KeyStore::keep("abc"));
+    EXPECT_FALSE(KeyStore::forget());
+}
+
+TEST_F(KeyStoreTest, TheOriginOfTheTokenIsTold) {
+    const bool carriesOne = KeyStore::builtIn().has_value();
+    EXPECT_EQ(KeyStore::origin(),
+              carriesOne ? KeyStore::Origin::compiledIn : KeyStore::Origin::none);
+    const test::ScopedEnv token("MARLET_TMDB_TOKEN", "abc");
+    EXPECT_EQ(KeyStore::origin(), KeyStore::Origin::environment);
 }
 
 TEST_F(KeyStoreTest, ABusThatNobodyAnswersOnGivesNoTokenWithoutAHang) {
@@ -60,6 +70,7 @@ TEST_F(KeyStoreTest, AnAutomatedRunNeitherReadsNorWritesTheKeyring) {
     RunMode::setArguments({"--scan"});
     EXPECT_TRUE(KeyStore::automated());
     EXPECT_FALSE(KeyStore::keep("abc"));
+    EXPECT_FALSE(KeyStore::forget());
 }
 
 TEST_F(KeyStoreTest, AnEmptyTokenIsNotKept) {
