@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "foundation/paths.h"
+#include "foundation/text.h"
 
 namespace marlet::Settings {
 
@@ -73,6 +74,15 @@ private:
     QSettings settings_;  // guarded by mutex_
 };
 
+/// An emptied field is one that was never filled in.
+void setOrRemove(const std::string& key, const std::string& value) {
+    const std::string text = Text::trim(value);
+    if (text.empty())
+        Preferences::current().remove(key);
+    else
+        Preferences::current().setText(key, text);
+}
+
 }  // namespace
 
 std::unique_ptr<Preferences> open() {
@@ -107,6 +117,41 @@ ArtworkStyle artworkStyle() {
 
 std::string keepLanguages() {
     return Preferences::current().text("keepLanguages").value_or("English");
+}
+
+bool libraryWritesExplained() {
+    return Preferences::current().boolean("libraryWritesExplained").value_or(false);
+}
+
+Appearance appearance() {
+    const std::string stored = Preferences::current().text("appearance").value_or("");
+    if (stored == "Light") return Appearance::light;
+    if (stored == "Dark") return Appearance::dark;
+    return Appearance::automatic;
+}
+
+bool appleTVOn() {
+    return Preferences::current().boolean("sourceOn.appleTV").value_or(true);
+}
+
+void setAppleTVOn(bool on) {
+    Preferences::current().setBoolean("sourceOn.appleTV", on);
+}
+
+std::string localModel() {
+    return Preferences::current().text("localModel").value_or("");
+}
+
+void setLocalModel(const std::string& address) {
+    setOrRemove("localModel", address);
+}
+
+std::string localModelName() {
+    return Preferences::current().text("localModelName").value_or("");
+}
+
+void setLocalModelName(const std::string& name) {
+    setOrRemove("localModelName", name);
 }
 
 }  // namespace marlet::Settings

@@ -25,6 +25,20 @@ std::filesystem::path outputFolder();
 ArtworkStyle artworkStyle();
 /// A comma list such as "English, French".
 std::string keepLanguages();
+/// Whether the question that "Allow changes to my Media Library" asks first was answered once.
+bool libraryWritesExplained();
+enum class Appearance { automatic, light, dark };
+Appearance appearance();
+/// The switch of the Apple TV source, stored as "sourceOn.appleTV"; absent, it is on. The order
+/// stands in SourceSettings.
+bool appleTVOn();
+void setAppleTVOn(bool on);
+/// The address of the model on this computer as the person typed it, "" for none, and which of its
+/// models to ask, "" for its first. LocalModel reads them.
+std::string localModel();
+void setLocalModel(const std::string& address);
+std::string localModelName();
+void setLocalModelName(const std::string& name);
 
 }  // namespace Settings
 }  // namespace marlet

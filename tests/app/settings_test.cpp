@@ -5,6 +5,9 @@
 #include <filesystem>
 
 #include "foundation/paths.h"
+#include "foundation/run_mode.h"
+#include "identify/guess_model.h"
+#include "sources/source_settings.h"
 #include "support/temp_folder.h"
 
 namespace marlet::test {
@@ -35,6 +38,54 @@ TEST_F(SettingsTest, AbsentSettingsHaveTheirDefaults) {
     EXPECT_EQ(Settings::outputFolder(), home_.path() / "Desktop");
     EXPECT_EQ(Settings::artworkStyle(), ArtworkStyle::wide);
     EXPECT_EQ(Settings::keepLanguages(), "English");
+    EXPECT_FALSE(Settings::libraryWritesExplained());
+    EXPECT_EQ(Settings::appearance(), Settings::Appearance::automatic);
+    EXPECT_TRUE(Settings::appleTVOn());
+    EXPECT_EQ(SourceSettings::order(),
+              (std::vector{SourceID::appleTV, SourceID::tmdb, SourceID::itunes}));
+    EXPECT_EQ(Settings::localModel(), "");
+    EXPECT_EQ(Settings::localModelName(), "");
+}
+
+TEST_F(SettingsTest, TheFieldsOfTheLocalModelAreKeptAndAnEmptiedOneIsForgotten) {
+    Settings::setLocalModel(" http://127.0.0.1:8080\n");
+    Settings::setLocalModelName("small");
+    reopen();
+    EXPECT_EQ(Settings::localModel(), "http://127.0.0.1:8080");
+    EXPECT_EQ(Settings::localModelName(), "small");
+    EXPECT_TRUE(AIGuesser::isAvailable());
+    Settings::setLocalModel("http://192.0.2.1");
+    EXPECT_FALSE(AIGuesser::isAvailable());
+    EXPECT_EQ(AIGuesser::availabilityNote(),
+              "Only a model on this computer is asked: its address is 127.0.0.1, [::1] or "
+              "localhost");
+    Settings::setLocalModel("  ");
+    reopen();
+    EXPECT_EQ(Preferences::current().text("localModel"), std::nullopt);
+    EXPECT_EQ(AIGuesser::availabilityNote(), "Off: no local model is set");
+}
+
+TEST_F(SettingsTest, TheSwitchOfAppleTVTakesItOutOfTheSourcesInUse) {
+    using enum SourceID;
+    const ScopedEnv person("MARLET_NO_KEYCHAIN", "");
+    RunMode::setArguments({});
+    EXPECT_EQ(SourceSettings::active(), (std::vector{appleTV, tmdb, itunes}));
+    Settings::setAppleTVOn(false);
+    reopen();
+    EXPECT_FALSE(Settings::appleTVOn());
+    EXPECT_EQ(SourceSettings::active(), (std::vector{tmdb, itunes}));
+    Settings::setAppleTVOn(true);
+    EXPECT_EQ(SourceSettings::active(), (std::vector{appleTV, tmdb, itunes}));
+}
+
+TEST_F(SettingsTest, OnlyTheNamedLooksAreLooks) {
+    using enum Settings::Appearance;
+    Preferences::current().setText("appearance", "Dark");
+    EXPECT_EQ(Settings::appearance(), dark);
+    Preferences::current().setText("appearance", "Light");
+    EXPECT_EQ(Settings::appearance(), light);
+    Preferences::current().setText("appearance", "dark");
+    EXPECT_EQ(Settings::appearance(), automatic);
 }
 
 TEST_F(SettingsTest, WhatIsStoredStaysForLaterRuns) {
