@@ -99,11 +99,13 @@ ConvertRequest conversionOf(const json& from, std::vector<Atom> atoms) {
     std::vector<std::string> languages;
     for (const std::string& each : from.value("keepLanguages", std::vector<std::string>{"English"}))
         for (std::string& code : Lang::parseList(each)) languages.push_back(std::move(code));
-    if (const auto mkv = MKVFile::open(request.source))
-        request.plan =
+    if (const auto mkv = MKVFile::open(request.source)) {
+        ConvertPlan plan =
             PlanBuilder::make(request.source, *mkv, languages,
-                              PlanBuilder::findSidecars(request.source), mkv->blockStats())
-                .snapshot();
+                              PlanBuilder::findSidecars(request.source), mkv->blockStats());
+        PlanBuilder::applyPGS(plan, *mkv);
+        request.plan = plan.snapshot();
+    }
     return request;
 }
 
