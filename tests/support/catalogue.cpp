@@ -152,6 +152,22 @@ int CatalogueServer::totalWithToken() const {
     return statsOf(port_).at("withToken").get<int>();
 }
 
+std::vector<CatalogueServer::Arrival> CatalogueServer::log() const {
+    const httplib::Result result = clientFor(port_).Get("/_log");
+    require(result, "log");
+    std::vector<Arrival> arrivals;
+    for (const json& one : json::parse(result->body))
+        arrivals.push_back({one.at("ms").get<long long>(), one.at("target").get<std::string>(),
+                            one.at("token").get<bool>()});
+    return arrivals;
+}
+
+std::vector<CatalogueServer::Arrival> CatalogueServer::log(const std::string& start) const {
+    std::vector<Arrival> arrivals = log();
+    std::erase_if(arrivals, [&](const Arrival& one) { return !one.target.starts_with(start); });
+    return arrivals;
+}
+
 void CatalogueServer::resetStats() {
     require(clientFor(port_).Delete("/_stats"), "stats");
 }

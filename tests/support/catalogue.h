@@ -30,8 +30,8 @@ public:
     int port() const { return port_; }
     /// "http://127.0.0.1:PORT"
     std::string root() const;
-    /// What to set so that the program under test asks this server and no other: the catalogue's
-    /// roots and a token, and for the other services roots under which it knows nothing.
+    /// What to set so that the program under test asks this server and no other: the roots of all
+    /// services, and a token for the one that wants it.
     std::map<std::string, std::string> environment() const;
 
     /// Sets a fault; its form is told by `marlet-catalogue --help`.
@@ -45,6 +45,15 @@ public:
     /// The most requests that were being answered at one time.
     int mostAtOnce() const;
     int totalWithToken() const;
+    /// Every request so far, in the order of arrival.
+    struct Arrival {
+        long long ms = 0;    ///< counts up from some moment
+        std::string target;  ///< path and query, as they came
+        bool hasToken = false;
+    };
+    std::vector<Arrival> log() const;
+    /// Of the log: requests whose target begins so ("/uts/v3/", "/itunes/", "/3/").
+    std::vector<Arrival> log(const std::string& start) const;
     void resetStats();
 
     /// Asks the server for a target ("/3/movie/192201") over a connection of its own.

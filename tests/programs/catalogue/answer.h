@@ -13,9 +13,10 @@ struct Answer {
     std::string type = jsonType;
 };
 
-/// A question without its host: the decoded path and its query items.
+/// The decoded path and the query items, and how the asker calls this server.
 struct Question {
     std::string path;
+    std::string root;  ///< "http://127.0.0.1:40123"
     std::multimap<std::string, std::string> items;
 
     /// The item's value; empty when it is missing.

@@ -20,7 +20,12 @@ public:
     /// unknown picture or size.
     std::optional<std::string> picture(const std::string& size, const std::string& path) const;
 
+    /// The file of a picture fitted into a box of pixels, as other services offer it.
+    std::optional<std::string> picture(const std::string& path, int width, int height) const;
+
 private:
+    std::string drawn(const std::string& key, const Picture& picture, int width, int height) const;
+
     std::map<std::string, Picture, std::less<>> pictures_;
     mutable std::mutex lock_;
     mutable std::map<std::string, std::string> drawn_;  ///< by size and path; guarded by lock_

@@ -47,7 +47,11 @@ A fault is also set with POST /_control, and all are cleared with DELETE /_contr
   cut       "before" or "middle": the connection ends before or in the answer
   headers   sets headers of the answer; null leaves one out
 
-GET /_stats tells what was asked, and DELETE /_stats forgets it.
+GET /_stats tells what was asked how often, GET /_log in which order and when, and DELETE /_stats
+forgets both.
+
+Roots of the services: /3 and / (pictures) as TMDB, /uts/v3/ as Apple TV, /itunes/ as the iTunes
+Store, all with the same titles.
 )";
 
 struct Options {

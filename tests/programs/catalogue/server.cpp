@@ -48,6 +48,7 @@ void cutConnection(const httplib::Request& request) {
 Question questionOf(const httplib::Request& request) {
     Question out;
     out.path = request.path;
+    out.root = "http://" + request.get_header_value("Host");
     for (const auto& [key, value] : request.params) out.items.emplace(key, value);
     return out;
 }
@@ -95,8 +96,8 @@ struct Server::Parts {
 };
 
 Answer Server::Parts::trueAnswer(const httplib::Request& request) const {
-    const bool isPicture = request.path.starts_with("/t/");  // these need no key
-    if (!token.empty() && !isPicture &&
+    const bool needsToken = request.path.starts_with("/3/");  // pictures and other services don't
+    if (!token.empty() && needsToken &&
         request.get_header_value("Authorization") != "Bearer " + token)
         return refusal(401);
     return service.answer(questionOf(request));
@@ -138,6 +139,9 @@ void Server::Parts::route() {
     });
     http.Get("/_stats", [this](const Request&, Response& r) {
         r.set_content(stats.json(), "application/json");
+    });
+    http.Get("/_log", [this](const Request&, Response& r) {
+        r.set_content(stats.log(), "application/json");
     });
     http.Delete("/_stats", [this](const Request&, Response& r) {
         stats.reset();

@@ -10,7 +10,7 @@ namespace marlet::catalogue {
 
 /// The service on a port of the loopback interface, with its faults and counts:
 /// POST /_control sets a fault, DELETE /_control clears them all, GET /_stats tells the counts,
-/// DELETE /_stats starts them anew.
+/// GET /_log tells every request in its order, DELETE /_stats starts both anew.
 class Server {
 public:
     /// An empty token accepts every request.

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "catalogue/gallery.h"
+#include "catalogue/other_services.h"
 #include "catalogue/search.h"
 #include "catalogue/shapes.h"
 
@@ -83,6 +84,7 @@ struct Service::Parts {
     Answer seasonImages(const Question& question, const Match& ids) const;
     Answer episode(const Question& question, const Match& ids) const;
     Answer picture(const Question& question, const Match& ids) const;
+    Answer thumb(const Question& question, const Match& ids) const;
 
     template <typename Hits>
     Answer searched(const Question& question, const Hits& hits) const;
@@ -103,6 +105,7 @@ struct Service::Parts {
         {std::regex("/3/tv/(\\d+)/season/(\\d+)/images"), &Parts::seasonImages},
         {std::regex("/3/tv/(\\d+)/season/(\\d+)/episode/(\\d+)"), &Parts::episode},
         {std::regex("/t/p/(\\w+)(/[^/]+)"), &Parts::picture},
+        {std::regex("/image/thumb(/[^/]+)/(\\d+)x(\\d+)(bb|sr|ss)?\\.jpg"), &Parts::thumb},
     };
 };
 
@@ -224,10 +227,19 @@ Answer Service::Parts::picture(const Question&, const Match& ids) const {
     return {200, *bytes, ids.at(1).ends_with(".png") ? "image/png" : "image/jpeg"};
 }
 
+Answer Service::Parts::thumb(const Question&, const Match& ids) const {
+    const std::optional<std::string> bytes = gallery.picture(
+        ids.at(0), smallNumber(ids.at(1)).value_or(0), smallNumber(ids.at(2)).value_or(0));
+    if (!bytes) return {404, "", "text/html"};
+    return {200, *bytes, "image/jpeg"};
+}
+
 Service::Service(Catalogue catalogue) : parts_(std::make_unique<Parts>(std::move(catalogue))) {}
 Service::~Service() = default;
 
 Answer Service::answer(const Question& question) const {
+    if (auto other = answerAsAppleTV(parts_->catalogue, question)) return *other;
+    if (auto other = answerAsITunes(parts_->catalogue, question)) return *other;
     for (const Parts::Route& route : parts_->routes) {
         std::smatch found;
         if (!std::regex_match(question.path, found, route.pattern)) continue;

@@ -7,7 +7,8 @@
 
 namespace marlet::catalogue {
 
-/// Answers questions as the real service would: "/3/..." with JSON and "/t/p/..." with pictures.
+/// Answers questions as the real services would: "/3/..." with JSON and "/t/p/..." with pictures,
+/// "/uts/v3/..." and "/itunes/..." as the other services, whose pictures lie at "/image/thumb/...".
 /// May be asked from several threads.
 class Service {
 public:

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <map>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace marlet::catalogue {
 
@@ -25,10 +27,20 @@ public:
     /// {"total", "withToken", "mostAtOnce", "paths": {path: count}, "targets": {target: count}}; a
     /// target is the path with its query as it came.
     std::string json() const;
+    /// [{"ms", "target", "token"}] in the order of arrival; ms counts up from some moment, token is
+    /// whether the request had an Authorization header.
+    std::string log() const;
     void reset();
 
 private:
+    struct Arrival {
+        std::chrono::steady_clock::time_point at;
+        std::string target;
+        bool hasToken = false;
+    };
+
     mutable std::mutex lock_;  ///< guards all below
+    std::vector<Arrival> arrivals_;
     std::map<std::string, int> paths_;
     std::map<std::string, int> targets_;
     int total_ = 0;
