@@ -123,6 +123,7 @@ TEST_F(HttpSessionTest, AnEndlessAnswerStopsAtTheLimit) {
     HttpStub::Reply endless;
     endless.type = "image/jpeg";  // which the server doesn't compress
     endless.manner = HttpStub::Manner::Endless;
+    endless.type = "image/jpeg";  // or the stub would compress it
     stub_.answer("/a", {endless});
     HttpRequest limited = request("/a");
     limited.maxBody = 1'000'000;
@@ -147,6 +148,31 @@ TEST_F(HttpSessionTest, ASilentServerIsATransportErrorWhenItsTimeIsUp) {
     HttpRequest hasty = request("/a");
     hasty.timeout = 50ms;
     EXPECT_EQ(failure(hasty), "the server didn't answer in time");
+}
+
+TEST_F(HttpSessionTest, AnAnswerThatTakesTooLongAsAWholeIsATransportError) {
+    HttpStub::Reply endless;
+    endless.manner = HttpStub::Manner::Endless;
+    endless.type = "image/jpeg";  // or the stub would compress it
+    stub_.answer("/a", {endless});
+    HttpRequest hasty = request("/a");
+    hasty.longest = 50ms;
+    hasty.maxBody = std::size_t{1} << 40;
+    EXPECT_EQ(failure(hasty), "the server didn't answer in time");
+}
+
+TEST_F(HttpSessionTest, ACancelIsACancelThoughTheTimeIsLimited) {
+    HttpStub::Reply silent;
+    silent.manner = HttpStub::Manner::Held;
+    stub_.answer("/a", {silent});
+    HttpRequest patient = request("/a");
+    patient.longest = 60s;
+    const CancelToken cancel;
+    auto task = session_->get(patient, Use::CacheFirst, cancel);
+    turnUntil([this] { return stub_.held() == 1; });
+    cancel.cancel();
+    EXPECT_TRUE(task.isReady());
+    EXPECT_THROW(Async::wait(std::move(task)), CancelError);
 }
 
 TEST_F(HttpSessionTest, ACancelEndsARequestUnderWayAtOnce) {
@@ -237,6 +263,19 @@ TEST_F(HttpSessionTest, ARedirectToAnotherHostIsFollowedWithoutTheToken) {
     EXPECT_EQ(textOf(get("/from").body), "there");
     EXPECT_EQ(other.seen().back().header("Authorization"), "");
     EXPECT_EQ(other.seen().back().header("Accept"), "application/json");
+}
+
+TEST_F(HttpSessionTest, ARedirectToAnotherHostIsAnAnswerForARequestThatStaysAtHome) {
+    HttpStub other;
+    stub_.answer("/from", {redirect(other.root() + "/to")});
+    stub_.answer("/near", {redirect("/to")});
+    stub_.answer("/to", "there");
+    HttpRequest domestic = request("/from");
+    domestic.sameHostOnly = true;
+    EXPECT_EQ(get(domestic).status, 302);
+    EXPECT_EQ(other.count(), 0U);
+    domestic.url = stub_.root() + "/near";
+    EXPECT_EQ(textOf(get(domestic).body), "there");
 }
 
 TEST_F(HttpSessionTest, ARedirectedAnswerIsFoundUnderTheAddressAskedFor) {

@@ -43,6 +43,12 @@ TEST(Region, TheStoreIsThatOfTheLocalesCountry) {
     EXPECT_EQ((Person("", ""), Region::storefront()), 143441);
 }
 
+TEST(Region, TheCountryOfTheStoreIsThePersonsWhenItHasOne) {
+    EXPECT_EQ((Person("de_AT@euro", ""), Region::storeCountry()), "AT");
+    EXPECT_EQ((Person("is_IS", ""), Region::storeCountry()), "US");
+    EXPECT_EQ((Person("C", ""), Region::storeCountry()), "US");
+}
+
 TEST(Region, TheLocaleIsLanguageAndCountryOrAmericanEnglish) {
     EXPECT_EQ((Person("fr_CA.UTF-8", ""), Region::locale()), "fr_CA");
     for (const char* odd : {"", "C", "C.UTF-8", "POSIX", "fr", "fr_", "_FR", "x_YY", "12_34"})

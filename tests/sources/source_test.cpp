@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "sources/http_session.h"
+#include "support/qt_app.h"
+#include "support/temp_folder.h"
+
 namespace marlet {
 namespace {
 
@@ -49,6 +53,23 @@ TEST(PseudoID, TellsSourcesAndFilmsFromShowsApart) {
 
 TEST(SharedSource, TmdbIsDrivenThroughItsOwnClient) {
     EXPECT_EQ(sharedSource(SourceID::tmdb), nullptr);
+}
+
+TEST(SharedSource, ThereIsOneOfEachOtherCatalogue) {
+    test::qtApp();
+    for (const SourceID id : {SourceID::appleTV, SourceID::itunes}) {
+        ASSERT_NE(sharedSource(id), nullptr);
+        EXPECT_EQ(sharedSource(id)->id(), id);
+        EXPECT_EQ(sharedSource(id), sharedSource(id));
+    }
+}
+
+TEST(SharedSource, AFailureIsTheCallersToHandle) {
+    test::qtApp();
+    const test::OwnHome home;
+    const test::ScopedEnv nobody("MARLET_ITUNES_API", "http://127.0.0.1:1/");
+    EXPECT_THROW(Async::wait(sharedSource(SourceID::itunes)->searchMovies("x", {})),
+                 TransportError);
 }
 
 }  // namespace
