@@ -6,7 +6,7 @@
 #   MARLET_BENCH_FILES=2000  files of the scan
 #   MARLET_BENCH_PICTURES=540  picture subtitles of each language
 #   MARLET_BENCH_TURNS=3     turns of each side, alternately; the best counts
-#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix ocr write rebuild verify convert scan
+#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix ocr write rebuild verify convert scan start
 #   TMPDIR=/var/tmp          the disk to measure on
 set -euo pipefail
 # Numbers have points, whatever the person's language.
@@ -23,6 +23,8 @@ work=$(mktemp -d "${TMPDIR:-/var/tmp}/marlet-bench.XXXXXX")
 
 # Nothing of the person's own is read or changed.
 unset MARLET_TMDB_TOKEN MARLET_TMDB_API MARLET_TMDB_IMAGES
+# Nobody listens there: no measurement may reach the real services.
+export MARLET_APPLE_TV_API=http://127.0.0.1:9/uts/v3/ MARLET_ITUNES_API=http://127.0.0.1:9/
 export HOME=$work/home MARLET_NO_KEYCHAIN=1
 unset XDG_DATA_HOME XDG_CACHE_HOME XDG_CONFIG_HOME XDG_STATE_HOME
 mkdir -p "$HOME"
@@ -40,7 +42,7 @@ say() { printf '%s\n' "$*" >&2; }
 
 # shellcheck source=bench/measure.sh
 . bench/measure.sh
-for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix ocr write rebuild verify convert scan}; do
+for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix ocr write rebuild verify convert scan start}; do
     # shellcheck source=/dev/null
     . "bench/parts/$part.sh"
     "measure_$part"

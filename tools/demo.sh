@@ -16,7 +16,7 @@ export HOME=$demo/home XDG_DATA_HOME=$demo/home/data XDG_CACHE_HOME=$demo/home/c
 say "1. Making a library of real files with FFmpeg"
 "$programs/make_demo_library" --with-trouble "$library"
 
-say "2. Starting the sample catalogue (a small stand-in for TMDB, on this machine only)"
+say "2. Starting the sample catalogue (a small stand-in for the services, on this machine only)"
 "$programs/marlet-catalogue" --port-file "$demo/port" >"$demo/catalogue.log" 2>&1 &
 catalogue=$!
 trap 'kill $catalogue 2>/dev/null || true' EXIT
@@ -26,12 +26,18 @@ for _ in $(seq 100); do
 done
 port=$(cat "$demo/port")
 export MARLET_TMDB_API=http://127.0.0.1:$port/3 MARLET_TMDB_IMAGES=http://127.0.0.1:$port \
+    MARLET_APPLE_TV_API=http://127.0.0.1:$port/uts/v3/ MARLET_ITUNES_API=http://127.0.0.1:$port/itunes/ \
     MARLET_TMDB_TOKEN=sample-catalogue MARLET_TEST_LIBRARY=$library/
 echo "It answers on port $port."
 
 say "3. Scanning: what is each file, and does a person have to look?"
 "$programs/marlet" --scan "$library" --report "$demo/report.tsv" --progress --quit
 column -t -s $'\t' <"$demo/report.tsv" 2>/dev/null || cat "$demo/report.tsv"
+
+echo
+echo "The same films, as Apple TV tells them:"
+"$programs/marlet" --scan "$library/Movies" --sources=appleTV --report "$demo/apple.tsv" --quit
+grep -c '^CERTAIN' "$demo/apple.tsv" | sed 's/$/ are certain by Apple TV alone./'
 
 say "4. Writing details and covers into the files that are certain"
 tag=()
