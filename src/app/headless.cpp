@@ -1,12 +1,19 @@
 #include "app/headless.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "app/console_progress.h"
+#include "app/playable.h"
+#include "app/report_fields.h"
+#include "app/scored_report.h"
 #include "app/settings.h"
+#include "app/virtual_run.h"
 #include "foundation/preferences.h"
+#include "foundation/text.h"
 #include "identify/guess_model.h"
 #include "identify/local_model.h"
+#include "sources/key_store.h"
 
 namespace marlet::Headless {
 
@@ -34,7 +41,20 @@ void trace(const Options& options, const std::string& text) {
     if (options.trace) std::fputs(("headless: " + text + "\n").c_str(), stderr);
 }
 
-Task<> runScan(AppModel& model, Options options) {
+/// Whether a path was given that isn't there.
+bool isAnyMissing(const std::vector<std::filesystem::path>& paths) {
+    std::error_code none;
+    return std::ranges::any_of(
+        paths, [&](const auto& path) { return !std::filesystem::exists(path, none); });
+}
+
+bool writeAnyReport(AppModel& model, const Options& options) {
+    if (!options.report) return true;
+    return options.ignoreTags ? writeScoredReport(*options.report, model)
+                              : writeReport(*options.report, model);
+}
+
+Task<RunEnd> runScan(AppModel& model, Options options) {
     trace(options, "adding " + std::to_string(options.scan.size()) + " roots");
     model.add(options.scan);
     auto scanning = waitForScan(model);
@@ -43,50 +63,112 @@ Task<> runScan(AppModel& model, Options options) {
     // Nothing found is no failure, but whoever mistyped a path should read it.
     if (model.fileCount() == 0 && model.toast())
         std::fputs((*model.toast() + "\n").c_str(), stderr);
-    if (options.report) writeReport(*options.report, model);
+    RunEnd end = isAnyMissing(options.scan) ? RunEnd::failed : RunEnd::done;
+    const std::unique_ptr<RunLines> lines = runLines(options);
+    for (const ResolvedFile& file : model.allFiles()) {
+        lines->found(file);
+        if (!file.verdict.isCertain()) end = worse(end, RunEnd::needsLook);
+    }
+    if (!writeAnyReport(model, options)) end = RunEnd::failed;
+    co_return end;
+}
+
+Task<RunEnd> runTag(AppModel& model, Options options) {
+    auto running = runTagTest(model, options);
+    const RunEnd end = co_await running;
+    co_return isAnyMissing(options.tag) ? RunEnd::failed : end;
+}
+
+/// A diagnosis on the worker, so that a quit is heard meanwhile.
+Task<RunEnd> runDiagnosis(std::function<std::string()> work, std::string goodStart) {
+    auto reading = Async::onWorker(std::move(work));
+    const std::string text = co_await reading;
+    std::fputs(text.c_str(), stdout);
+    std::fflush(stdout);
+    const bool isGood = text.starts_with(goodStart) && !Text::contains(text, "FAILED") &&
+                        !Text::contains(text, "failed: ");
+    co_return isGood ? RunEnd::done : RunEnd::failed;
+}
+
+Task<RunEnd> testKey() {
+    const auto tmdb = TMDBClient::make(KeyStore::builtIn());
+    if (!tmdb) {
+        std::puts("No key yet.");
+        co_return RunEnd::failed;
+    }
+    try {
+        auto searching = tmdb->searchMovie("Alien");
+        co_await searching;
+    } catch (const std::exception&) {
+        std::puts("TMDB rejected the key.");
+        co_return RunEnd::failed;
+    }
+    std::puts("Key works.");
+    co_return RunEnd::done;
+}
+
+Task<RunEnd> runVirtually(Options options) {
+    auto running = runVirtual(*options.virtualMap, options.report);
+    const bool isDone = co_await running;
+    co_return isDone ? RunEnd::done : RunEnd::failed;
+}
+
+/// The first mode that was asked for; nothing for none.
+std::optional<Task<RunEnd>> modeOf(AppModel& model, const Options& options) {
+    if (options.restoreLastBatch) return restoreLastBatch(model, options);
+    if (options.playable)
+        return runDiagnosis([options] { return Playable::account(*options.playable); },
+                            "playable true");
+    if (options.audioTest)
+        return runDiagnosis([options] { return audioTest(*options.audioTest); }, "wav: ");
+    if (options.mkvIn)
+        return runDiagnosis([options] { return mkvAccount(*options.mkvIn); }, "duration ");
+    if (options.testKey) return testKey();
+    if (options.virtualMap) return runVirtually(options);
+    if (!options.tag.empty()) return runTag(model, options);
+    if (!options.scan.empty()) return runScan(model, options);
+    return std::nullopt;
 }
 
 }  // namespace
 
 Task<> waitForScan(AppModel& model) {
     while (model.isWorking()) {
-        auto waiting = Async::sleep(20ms);
+        auto waiting = Async::sleep(5ms);
         co_await waiting;
     }
 }
 
-Task<bool> runIfRequested(AppModel& model, Options options) {
+bool endsTheProgram(const Options& options) {
+    const bool works = !options.tag.empty() || !options.scan.empty();
+    const bool looks = options.restoreLastBatch || options.playable || options.audioTest ||
+                       options.mkvIn || options.testKey || options.virtualMap;
+    return looks || (works ? options.quit : options.historyCsv.has_value());
+}
+
+std::unique_ptr<RunLines> runLines(const Options& options) {
+    return options.json ? RunLines::inJson() : RunLines::inWords();
+}
+
+Task<Run> runIfRequested(AppModel& model, Options options) {
     trace(options, "entered");
     applyForTheRun(options);
     std::optional<ConsoleProgress> progress;
     if (options.progress || ConsoleProgress::isWanted()) progress.emplace(model);
-    if (options.restoreLastBatch) {
-        auto restoring = restoreLastBatch(model);
-        co_await restoring;
-        co_return true;
+    auto mode = modeOf(model, options);
+    Run run{.end = endsTheProgram(options)};
+    if (mode) {
+        const RunEnd ended = co_await *mode;
+        run.ended = ended;
     }
-    // On the worker, so that a quit is heard meanwhile.
-    if (options.audioTest || options.mkvIn) {
-        std::function<std::string()> work = [options] {
-            return options.audioTest ? audioTest(*options.audioTest) : mkvAccount(*options.mkvIn);
-        };
-        auto reading = Async::onWorker(std::move(work));
-        const std::string text = co_await reading;
-        std::fputs(text.c_str(), stdout);
-        std::fflush(stdout);
-        co_return true;
+    if (options.historyCsv) {
+        if (!ReportFields::save(*options.historyCsv, model.history().csv())) {
+            std::fputs(("marlet: can't write " + options.historyCsv->string() + "\n").c_str(),
+                       stderr);
+            run.ended = RunEnd::failed;
+        }
     }
-    if (!options.tag.empty()) {
-        auto running = runTagTest(model, options);
-        co_await running;
-        co_return options.quit;
-    }
-    if (!options.scan.empty()) {
-        auto running = runScan(model, options);
-        co_await running;
-        co_return options.quit;
-    }
-    co_return false;
+    co_return run;
 }
 
 }  // namespace marlet::Headless

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/app_model.h"
+#include "app/run_lines.h"
 #include "sources/async.h"
 
 namespace marlet {
@@ -29,8 +30,11 @@ struct Options {
     std::optional<std::filesystem::path> report;
     std::vector<std::filesystem::path> tag;
     std::optional<std::filesystem::path> outputDir;
+    std::optional<std::filesystem::path> virtualMap;
+    std::optional<std::filesystem::path> playable;
     std::optional<std::filesystem::path> audioTest;
     std::optional<std::filesystem::path> mkvIn;
+    std::optional<std::filesystem::path> historyCsv;
     std::vector<std::string> confirm;  ///< parts of file names
     std::vector<std::string> drop;     ///< as given, "PART:N,N"
     bool confirmAll = false;
@@ -39,6 +43,7 @@ struct Options {
     bool noFix = false;
     bool restoreOriginal = false;
     bool restoreLastBatch = false;
+    bool testKey = false;
     bool quit = false;
     bool trace = false;
     bool progress = false;  ///< tell on standard error what is being done
@@ -47,6 +52,8 @@ struct Options {
     bool artReport = false;
     bool matchOnly = false;
     bool roundtrip = false;
+    bool json = false;        ///< a scan and a write print JSON, one object a line
+    bool strictExit = false;  ///< the exit status tells how it went
     /// Arguments that are no options: files handed over by the desktop.
     std::vector<std::filesystem::path> files;
 };
@@ -62,10 +69,20 @@ std::optional<std::string> value(const std::string& option,
 std::string libraryRoot();
 /// The tab-separated account of every file in Review.
 std::string report(const AppModel& model);
-void writeReport(const std::filesystem::path& to, const AppModel& model);
+/// False when it can't be written, which nobody is told of but "--strict-exit".
+bool writeReport(const std::filesystem::path& to, const AppModel& model);
 
-/// Performs at most one mode. True when the program is to end.
-Task<bool> runIfRequested(AppModel& model, Options options);
+/// A write or a scan leaves the program open unless "--quit" was given, and so does a run without
+/// a mode; every other mode ends it.
+bool endsTheProgram(const Options& options);
+struct Run {
+    bool end = false;  ///< the program is to end
+    RunEnd ended = RunEnd::done;
+};
+/// Performs at most one mode.
+Task<Run> runIfRequested(AppModel& model, Options options);
+/// Words, or JSON with "--json".
+std::unique_ptr<RunLines> runLines(const Options& options);
 
 /// What the Matroska reader makes of a file, in lines.
 std::string mkvAccount(const std::filesystem::path& file);
@@ -74,10 +91,13 @@ std::string audioTest(const std::filesystem::path& wav);
 /// What becomes of a file in a conversion, in one line.
 std::string planLine(const ConvertPlan& plan);
 
-Task<> runTagTest(AppModel& model, Options options);
-Task<> restoreLastBatch(AppModel& model);
+Task<RunEnd> runTagTest(AppModel& model, Options options);
+Task<RunEnd> restoreLastBatch(AppModel& model, Options options);
 /// Ends when the model has no scan under way.
 Task<> waitForScan(AppModel& model);
+Task<> waitForQueue(AppModel& model);
+/// Whether all jobs of the queue are done.
+RunEnd endOf(const WriteQueue& queue);
 
 }  // namespace Headless
 }  // namespace marlet

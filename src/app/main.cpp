@@ -9,6 +9,8 @@
 #include "app/headless.h"
 #include "app/quit_gate.h"
 #include "app/settings.h"
+#include "app/updater.h"
+#include "app/usage.h"
 #include "foundation/core_dumps.h"
 #include "foundation/preferences.h"
 #include "foundation/run_mode.h"
@@ -22,28 +24,32 @@ using namespace marlet;
 
 /// What a launch does once, in this order: take the files that were handed over, finish an
 /// interrupted write before anything can be queued, clear what dead jobs left, run what was asked.
-Task<bool> launchSteps(AppModel& model, Headless::Options options) {
+Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options) {
     if (!options.files.empty()) model.add(options.files);
     if (const auto message = TagWriter::recoverInterruptedWrite()) {
         model.notice = *message;
         std::fprintf(stderr, "NOTICE %s\n", message->c_str());
     }
     if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
+    Updater::start();
     auto running = Headless::runIfRequested(model, options);
-    const bool end = co_await running;
-    co_return end;
+    const Headless::Run run = co_await running;
+    co_return run;
 }
 
 Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
-    bool end = options.quit || options.restoreLastBatch;
+    Headless::Run run{.end = Headless::endsTheProgram(options), .ended = RunEnd::failed};
+    // Until all is done it isn't, whatever ends the program.
+    if (options.strictExit) gate.setStatus(static_cast<int>(RunEnd::failed));
     try {
         auto steps = launchSteps(model, options);
-        end = co_await steps;
+        run = co_await steps;
     } catch (const std::exception& failure) {
         // Nobody sits there to end a scripted run that went wrong.
         std::fprintf(stderr, "marlet: %s\n", failure.what());
     }
-    if (end) gate.requestQuit();
+    if (options.strictExit) gate.setStatus(static_cast<int>(run.ended));
+    if (run.end) gate.requestQuit();
     if (!RunMode::automated() && ConsoleProgress::isWanted())
         std::fputs(
             "Marlet has no window yet. Try: marlet --scan FOLDER --report FILE --quit\n"
@@ -56,6 +62,10 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
 int main(int argc, char** argv) {
     CoreDumps::forbid();
     RunMode::setArguments({argv + 1, argv + argc});
+    if (const auto answer = Usage::answerAtOnce(RunMode::arguments())) {
+        std::fputs(answer->c_str(), stdout);
+        return std::fflush(stdout) == 0 ? 0 : 1;
+    }
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("marlet"));
     Preferences::install(Settings::open());

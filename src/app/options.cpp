@@ -1,6 +1,6 @@
 #include <charconv>
-#include <functional>
 #include <map>
+#include <variant>
 
 #include "app/headless.h"
 #include "foundation/text.h"
@@ -9,31 +9,33 @@ namespace marlet::Headless {
 
 namespace {
 
-using Taker = std::function<void(Options&, const std::string&)>;
 using Flag = bool Options::*;
+using One = std::optional<std::filesystem::path> Options::*;
+using Paths = std::vector<std::filesystem::path> Options::*;
+using Texts = std::vector<std::string> Options::*;
+/// Where an option puts what it was given.
+using Target = std::variant<Flag, One, Paths, Texts>;
 
-const std::map<std::string, Taker>& valued() {
-    static const std::map<std::string, Taker> table = {
-        {"--scan", [](Options& o, const std::string& value) { o.scan.push_back(value); }},
-        {"--report", [](Options& o, const std::string& value) { o.report = value; }},
-        {"--tag", [](Options& o, const std::string& value) { o.tag.push_back(value); }},
-        {"--output-dir", [](Options& o, const std::string& value) { o.outputDir = value; }},
-        {"--audio-test", [](Options& o, const std::string& value) { o.audioTest = value; }},
-        {"--mkv-in", [](Options& o, const std::string& value) { o.mkvIn = value; }},
-        {"--drop", [](Options& o, const std::string& value) { o.drop.push_back(value); }},
-        {"--confirm", [](Options& o, const std::string& value) { o.confirm.push_back(value); }},
-    };
-    return table;
-}
-
-const std::map<std::string, Flag>& flags() {
-    static const std::map<std::string, Flag> table = {
+const std::map<std::string, Target>& targets() {
+    static const std::map<std::string, Target> table = {
+        {"--scan", &Options::scan},
+        {"--report", &Options::report},
+        {"--tag", &Options::tag},
+        {"--output-dir", &Options::outputDir},
+        {"--virtual", &Options::virtualMap},
+        {"--playable", &Options::playable},
+        {"--audio-test", &Options::audioTest},
+        {"--mkv-in", &Options::mkvIn},
+        {"--history-csv", &Options::historyCsv},
+        {"--drop", &Options::drop},
+        {"--confirm", &Options::confirm},
         {"--confirm-all", &Options::confirmAll},
         {"--ignore-tags", &Options::ignoreTags},
         {"--no-ai", &Options::noAI},
         {"--no-fix", &Options::noFix},
         {"--restore-original", &Options::restoreOriginal},
         {"--restore-last-batch", &Options::restoreLastBatch},
+        {"--test-key", &Options::testKey},
         {"--quit", &Options::quit},
         {"--trace", &Options::trace},
         {"--progress", &Options::progress},
@@ -42,6 +44,8 @@ const std::map<std::string, Flag>& flags() {
         {"--art-report", &Options::artReport},
         {"--match-only", &Options::matchOnly},
         {"--roundtrip", &Options::roundtrip},
+        {"--json", &Options::json},
+        {"--strict-exit", &Options::strictExit},
     };
     return table;
 }
@@ -49,6 +53,20 @@ const std::map<std::string, Flag>& flags() {
 bool isOption(const std::string& argument) {
     return Text::startsWith(argument, "--");
 }
+
+struct Put {
+    Options& options;
+    const std::string& value;
+    void operator()(Flag flag) const { options.*flag = true; }
+    // An empty value is none: every name holds the empty text, and "--confirm=" is no yes to all.
+    void operator()(One one) const {
+        if (!value.empty()) options.*one = value;
+    }
+    template <typename List>
+    void operator()(List Options::*list) const {
+        if (!value.empty()) (options.*list).emplace_back(value);
+    }
+};
 
 }  // namespace
 
@@ -60,21 +78,14 @@ Options parse(const std::vector<std::string>& arguments) {
         if (!isOption(argument)) continue;
         scripted = true;
         const std::size_t equals = argument.find('=');
-        const std::string name = argument.substr(0, equals);
-        if (const auto flag = flags().find(name); flag != flags().end()) {
-            options.*(flag->second) = true;
-            continue;
-        }
-        const auto taker = valued().find(name);
-        if (taker == valued().end()) continue;
+        const auto target = targets().find(argument.substr(0, equals));
+        if (target == targets().end()) continue;
         std::string value;
         if (equals != std::string::npos)
             value = argument.substr(equals + 1);
         else if (i + 1 < arguments.size() && !Text::startsWith(arguments[i + 1], "-"))
             value = arguments[i + 1];
-        // An empty value is none: every name holds the empty text, and "--confirm=" is no yes to
-        // all.
-        if (!value.empty()) taker->second(options, value);
+        std::visit(Put{options, value}, target->second);
     }
     if (!scripted) options.files.assign(arguments.begin(), arguments.end());
     return options;

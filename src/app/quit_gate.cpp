@@ -69,7 +69,7 @@ void QuitGate::tryToEnd() {
     if (!RunControl::closeForQuit()) return;
     std::fflush(nullptr);
     // A worker may still be copying; it is abandoned, not waited for.
-    std::_Exit(0);
+    std::_Exit(status_);
 }
 
 }  // namespace marlet

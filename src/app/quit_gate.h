@@ -18,12 +18,15 @@ public:
     QuitGate(const QuitGate&) = delete;
     QuitGate& operator=(const QuitGate&) = delete;
 
-    /// Ends the process with status 0, now or when the last critical section has ended.
+    /// The exit status from now on, however the process ends; 0 at first.
+    void setStatus(int status) { status_ = status; }
+    /// Ends the process, now or when the last critical section has ended.
     void requestQuit();
 
 private:
     void tryToEnd();
 
+    int status_ = 0;
     QTimer poll_;
     std::unique_ptr<QSocketNotifier> signals_;
 };

@@ -1,22 +1,12 @@
-#include <cmath>
 #include <cstdlib>
 
 #include "app/headless.h"
-#include "foundation/durable.h"
-#include "foundation/errors.h"
+#include "app/report_fields.h"
 #include "foundation/text.h"
 
 namespace marlet::Headless {
 
 namespace {
-
-/// A name may hold what would break a line of the report.
-std::string oneField(std::string text) {
-    text = Text::repairUtf8(viewOf(text));
-    for (char& c : text)
-        if (c == '\t' || c == '\n' || c == '\r') c = ' ';
-    return text;
-}
 
 std::string guessField(const std::optional<Guess>& guess) {
     if (!guess) return " [-]";
@@ -46,24 +36,13 @@ std::string numberField(const ResolvedFile& file) {
 
 std::string lineFor(const ResolvedFile& file) {
     const auto& match = file.match;
-    const auto& seconds = file.file.duration;
     const bool look = !file.verdict.isCertain();
-    const std::vector<std::string> fields = {
-        look ? "LOOK" : "CERTAIN",
-        Text::replaceAll(file.file.url.string(), libraryRoot(), ""),
-        guessField(file.guess),
-        titleField(match),
-        numberField(file),
-        match ? match->episodeTitle.value_or("") : "",
-        seconds ? std::to_string(std::lround(*seconds / 60)) : "",
-        match && match->runtimeMinutes ? std::to_string(*match->runtimeMinutes) : "",
-        Text::join(file.verdict.reasons(), "; ")};
-    std::string line;
-    for (const std::string& field : fields) {
-        if (&field != &fields.front()) line += '\t';
-        line += oneField(field);
-    }
-    return line;
+    return ReportFields::row(
+        {look ? "LOOK" : "CERTAIN", ReportFields::relativePath(file.file.url),
+         guessField(file.guess), titleField(match), numberField(file),
+         match ? match->episodeTitle.value_or("") : "", ReportFields::minutes(file.file.duration),
+         match && match->runtimeMinutes ? std::to_string(*match->runtimeMinutes) : "",
+         Text::join(file.verdict.reasons(), "; ")});
 }
 
 }  // namespace
@@ -82,12 +61,8 @@ std::string report(const AppModel& model) {
     return text;
 }
 
-void writeReport(const std::filesystem::path& to, const AppModel& model) {
-    try {
-        Durable::writeFile(std::filesystem::absolute(to), viewOf(report(model)));
-    } catch (const std::exception&) {
-        // A report that can't be written ends nothing.
-    }
+bool writeReport(const std::filesystem::path& to, const AppModel& model) {
+    return ReportFields::save(to, report(model));
 }
 
 }  // namespace marlet::Headless

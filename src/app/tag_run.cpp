@@ -1,11 +1,9 @@
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 
 #include "app/headless.h"
 #include "app/settings.h"
 #include "foundation/text.h"
-#include "write/result_line.h"
 
 namespace marlet::Headless {
 
@@ -13,55 +11,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void print(const std::string& line) {
-    std::fputs((Text::repairUtf8(viewOf(line)) + "\n").c_str(), stdout);
-    std::fflush(stdout);
-}
-
-Task<> waitForQueue(AppModel& model) {
-    while (model.queue().active() || !model.queue().finished()) {
-        auto waiting = Async::sleep(20ms);
-        co_await waiting;
-    }
-}
-
-std::string sourceWords(const ResolvedFile& file) {
-    if (!file.match) return "no source";
-    return file.match->byHand() ? "by hand" : displayName(file.match->sourceID());
-}
-
-void printMatches(const AppModel& model) {
-    for (const ResolvedFile& file : model.allFiles()) {
-        const std::string verdict = file.verdict.isCertain()
-                                        ? "CERTAIN"
-                                        : "LOOK: " + Text::join(file.verdict.reasons(), "; ");
-        const std::string layout =
-            file.file.interleave ? Text::fixed(*file.file.interleave, 2) + " s" : "-";
-        print("matched: " + file.file.url.filename().string() + " -> " +
-              (file.match ? file.match->title : "-") + " " + sourceWords(file) + " " + verdict +
-              " layout " + layout);
-    }
-}
-
 std::string artWords(const std::optional<ArtworkOption>& option) {
     return option ? option->path : "-";
 }
 
-void printArt(const AppModel& model) {
-    for (const ResolvedFile& file : model.allFiles()) {
-        const std::string name = file.file.url.filename().string();
-        const FileDraft* draft = model.drafts().find(file.file.url);
-        if (draft == nullptr) {
-            print("ART " + name + ": no draft");
-            continue;
-        }
-        const ArtworkStyle style = draft->styleOverride.value_or(Settings::artworkStyle());
-        std::vector<std::string> grid;
-        for (const ArtworkOption& each : style == ArtworkStyle::wide ? draft->wide : draft->tall)
-            grid.push_back(each.path);
-        print("ART " + name + " " + artWords(draft->chosen(Settings::artworkStyle())) +
-              "; grid order = " + Text::join(grid, " "));
-    }
+std::optional<RunLines::Art> artOf(const FileDraft* draft) {
+    if (draft == nullptr) return std::nullopt;
+    const ArtworkStyle style = draft->styleOverride.value_or(Settings::artworkStyle());
+    RunLines::Art art{artWords(draft->chosen(Settings::artworkStyle())), {}};
+    for (const ArtworkOption& each : style == ArtworkStyle::wide ? draft->wide : draft->tall)
+        art.grid.push_back(each.path);
+    return art;
 }
 
 void applyConfirmations(AppModel& model, const Options& options) {
@@ -93,12 +53,12 @@ Task<std::optional<std::string>> applyDrop(AppModel& model, std::string value) {
     co_return std::nullopt;
 }
 
-Task<bool> applyDrops(AppModel& model, std::vector<std::string> values) {
+Task<bool> applyDrops(AppModel& model, RunLines& lines, std::vector<std::string> values) {
     for (const std::string& each : values) {
         auto applying = applyDrop(model, each);
         const std::optional<std::string> problem = co_await applying;
         if (!problem) continue;
-        print(*problem);
+        lines.problem(*problem);
         co_return false;
     }
     co_return true;
@@ -110,11 +70,6 @@ Task<> loadAllDrafts(AppModel& model) {
         auto loading = model.loadDrafts(item);
         co_await loading;
     }
-}
-
-void printResults(const WriteQueue& queue) {
-    for (const WriteQueue::Job& job : queue.jobs())
-        print(resultLine(name(job.state), job.label, job.outcome.value_or(WriteOutcome{})));
 }
 
 Task<> makePlans(AppModel& model) {
@@ -134,17 +89,16 @@ Task<> waitForFirstPlan(AppModel& model, std::filesystem::path file) {
     }
 }
 
-Task<> timePlans(AppModel& model) {
+Task<> timePlans(AppModel& model, RunLines& lines) {
     const std::vector<ResolvedFile> files = model.allFiles();
     for (const ResolvedFile& each : files) {
         const std::filesystem::path file = each.file.url;
         if (!PlanStore::needsPlan(file)) continue;
         const auto begun = std::chrono::steady_clock::now();
-        const auto tell = [&](const char* label) {
+        const auto tell = [&](const char* which) {
             const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
-            const double done = model.plans().analysisProgress(file).value_or(1);
-            print("PLAN progress " + Text::fixed(done * 100, 0) + "% after " +
-                  Text::fixed(took.count(), 1) + " s (" + label + ")");
+            lines.planProgress(model.plans().analysisProgress(file).value_or(1), took.count(),
+                               which);
         };
         auto waiting = waitForFirstPlan(model, file);
         co_await waiting;
@@ -155,117 +109,121 @@ Task<> timePlans(AppModel& model) {
     }
 }
 
-void printPlans(AppModel& model) {
-    for (const ResolvedFile& file : model.allFiles())
-        if (const ConvertPlan* const plan = model.plans().find(file.file.url))
-            print(planLine(*plan));
+/// What the verdicts alone come to.
+RunEnd endOfReview(const AppModel& model) {
+    return model.needsCheckingCount() > 0 ? RunEnd::needsLook : RunEnd::done;
+}
+
+RunEnd printPlans(AppModel& model, RunLines& lines) {
+    RunEnd end = endOfReview(model);
+    for (const ResolvedFile& file : model.allFiles()) {
+        const ConvertPlan* const plan = model.plans().find(file.file.url);
+        if (plan == nullptr) continue;
+        lines.plan(*plan);
+        if (!plan->snapshot()) end = RunEnd::failed;
+    }
+    return end;
+}
+
+/// What became of the files that were not queued: those ready for it should have been.
+RunEnd endOfTheRest(const AppModel& model) {
+    if (model.readyCount() > 0) return RunEnd::failed;
+    return model.fileCount() > 0 ? RunEnd::needsLook : RunEnd::done;
 }
 
 /// Adds what is ready and runs the queue, if that gave it anything to do.
-Task<> write(AppModel& model) {
+Task<RunEnd> write(AppModel& model, RunLines& lines) {
     auto adding = model.addToQueueNow(model.items());
     co_await adding;
+    RunEnd end = endOfTheRest(model);
     const bool hasJobs = model.queue().waitingCount() > 0;
     model.queue().start();
     if (hasJobs) {
         auto working = waitForQueue(model);
         co_await working;
     }
-    if (model.notice)
-        print("NOTICE " + *model.notice);
-    else if (!hasJobs && model.toast())
-        print("NOTICE " + *model.toast());
-    printResults(model.queue());
+    if (model.notice) {
+        lines.notice(*model.notice);
+    } else if (!hasJobs && model.toast()) {
+        lines.notice(*model.toast());
+        end = RunEnd::failed;
+    }
+    for (const WriteQueue::Job& job : model.queue().jobs()) lines.result(job);
+    co_return worse(end, endOf(model.queue()));
 }
 
-Task<> restoreOriginals(AppModel& model, std::vector<std::filesystem::path> files) {
+Task<RunEnd> restoreOriginals(AppModel& model, RunLines& lines,
+                              std::vector<std::filesystem::path> files) {
+    RunEnd end = RunEnd::done;
     for (const std::filesystem::path& file : files) {
         model.restoreOriginal(file);
         auto working = waitForQueue(model);
         co_await working;
-        printResults(model.queue());
+        for (const WriteQueue::Job& job : model.queue().jobs()) lines.result(job);
+        end = worse(end, endOf(model.queue()));
     }
+    co_return end;
 }
 
-Task<> addAgain(AppModel& model, std::vector<std::filesystem::path> files) {
+Task<> addAgain(AppModel& model, RunLines& lines, std::vector<std::filesystem::path> files) {
     model.add(files);
     auto scanning = waitForScan(model);
     co_await scanning;
-    print("AFTER ADD: review " + std::to_string(model.fileCount()));
+    lines.addedAgain(model.fileCount());
     model.add(files);
     auto scanningAgain = waitForScan(model);
     co_await scanningAgain;
-    print("AFTER ADD AGAIN: review " + std::to_string(model.fileCount()) +
-          " file(s), queue waiting " + std::to_string(model.queue().waitingCount()));
+    lines.addedOnceMore(model.fileCount(), model.queue().waitingCount());
+}
+
+Task<RunEnd> writeAndWhatFollows(AppModel& model, RunLines& lines, Options options) {
+    std::vector<std::filesystem::path> files;
+    for (const ResolvedFile& file : model.allFiles()) files.push_back(file.file.url);
+    auto writing = write(model, lines);
+    RunEnd end = co_await writing;
+    if (options.restoreOriginal) {
+        auto restoring = restoreOriginals(model, lines, files);
+        const RunEnd restored = co_await restoring;
+        end = worse(end, restored);
+    }
+    if (options.roundtrip) {
+        auto adding = addAgain(model, lines, options.tag);
+        co_await adding;
+    }
+    co_return end;
 }
 
 }  // namespace
 
-Task<> runTagTest(AppModel& model, Options options) {
+Task<RunEnd> runTagTest(AppModel& model, Options options) {
+    const std::unique_ptr<RunLines> lines = runLines(options);
     model.add(options.tag);
     auto scanning = waitForScan(model);
     co_await scanning;
-    auto dropping = applyDrops(model, options.drop);
+    auto dropping = applyDrops(model, *lines, options.drop);
     const bool isClear = co_await dropping;
-    if (!isClear) co_return;
+    if (!isClear) co_return RunEnd::failed;
     applyConfirmations(model, options);
     if (options.planTest) {
-        auto planning = timePlans(model);
+        auto planning = timePlans(model, *lines);
         co_await planning;
     }
     if (options.planOnly) {
         auto planning = makePlans(model);
         co_await planning;
-        printPlans(model);
-        co_return;
+        co_return printPlans(model, *lines);
     }
     if (options.artReport) {
         auto loading = loadAllDrafts(model);
         co_await loading;
-        printArt(model);
+        for (const ResolvedFile& file : model.allFiles())
+            lines->art(file, artOf(model.drafts().find(file.file.url)));
     }
-    printMatches(model);
-    if (options.matchOnly) co_return;
-
-    std::vector<std::filesystem::path> files;
-    for (const ResolvedFile& file : model.allFiles()) files.push_back(file.file.url);
-    auto writing = write(model);
-    co_await writing;
-    if (options.restoreOriginal) {
-        auto restoring = restoreOriginals(model, files);
-        co_await restoring;
-    }
-    if (options.roundtrip) {
-        auto adding = addAgain(model, options.tag);
-        co_await adding;
-    }
-}
-
-Task<> restoreLastBatch(AppModel& model) {
-    const std::vector<HistoryEntry>& entries = model.history().entries();
-    std::optional<std::string> batch;
-    for (const HistoryEntry& entry : entries) {
-        if (entry.isRestore.value_or(false) || !entry.batchID) continue;
-        batch = entry.batchID;
-        break;
-    }
-    if (!batch) {
-        print("no run in History");
-        co_return;
-    }
-    std::vector<HistoryEntry> run;
-    for (const HistoryEntry& entry : entries)
-        if (entry.batchID == batch) run.push_back(entry);
-    model.restoreBatch(run);
-    if (model.queue().jobs().empty()) {
-        print("NOTICE " + model.notice.value_or(""));
-        co_return;
-    }
-    auto working = waitForQueue(model);
-    co_await working;
-    for (const WriteQueue::Job& job : model.queue().jobs())
-        print("RESTORE " + name(job.state) + ": " + job.label + " | " +
-              (job.outcome ? job.outcome->message : ""));
+    for (const ResolvedFile& file : model.allFiles()) lines->matched(file);
+    if (options.matchOnly) co_return endOfReview(model);
+    auto writing = writeAndWhatFollows(model, *lines, options);
+    const RunEnd end = co_await writing;
+    co_return end;
 }
 
 }  // namespace marlet::Headless

@@ -55,6 +55,44 @@ TEST(Options, RepeatableOptionsGather) {
     EXPECT_EQ(parse({"--confirm=x", "--confirm=y"}).confirm, (Arguments{"x", "y"}));
 }
 
+TEST(Options, EveryModeHasItsOption) {
+    const auto options = parse({"--virtual", "map", "--playable=f", "--audio-test", "w", "--mkv-in",
+                                "m", "--test-key", "--history-csv", "h.csv"});
+    EXPECT_EQ(options.virtualMap, "map");
+    EXPECT_EQ(options.playable, "f");
+    EXPECT_EQ(options.audioTest, "w");
+    EXPECT_EQ(options.mkvIn, "m");
+    EXPECT_EQ(options.historyCsv, "h.csv");
+    EXPECT_TRUE(options.testKey);
+    for (const char* name : {"--virtual", "--playable", "--audio-test", "--mkv-in", "--history-csv",
+                             "--report", "--output-dir"}) {
+        const auto none = parse({name, "--quit"});
+        EXPECT_FALSE(none.virtualMap || none.playable || none.audioTest || none.mkvIn ||
+                     none.historyCsv || none.report || none.outputDir)
+            << name;
+    }
+}
+
+TEST(Options, AFlagIsTestedByItsPresenceAlone) {
+    EXPECT_TRUE(parse({"--json", "--strict-exit"}).json);
+    EXPECT_TRUE(parse({"--json", "--strict-exit"}).strictExit);
+    EXPECT_TRUE(parse({"--quit=no"}).quit);
+    EXPECT_TRUE(parse({"--quit", "no"}).quit);
+    EXPECT_FALSE(parse({"--Quit"}).quit);
+    EXPECT_FALSE(parse({"-quit"}).quit);
+}
+
+TEST(Options, TheLastOfAValueGivenTwiceHolds) {
+    EXPECT_EQ(parse({"--report", "a", "--report=b"}).report, "b");
+}
+
+TEST(Options, ScreenshotOptionsAreAcceptedAndTheirValuesAreNoFiles) {
+    const auto options = parse({"--snapshots", "/shots", "--window=100x100", "--select", "Alien",
+                                "--appearance", "dark", "--review", "r", "--quit"});
+    EXPECT_TRUE(options.quit);
+    EXPECT_TRUE(options.files.empty());
+}
+
 TEST(Options, UnknownOptionsAreIgnoredWithoutAWord) {
     EXPECT_TRUE(parse({"--sources=tmdb", "--apple-tv", "--wat", "--no-ai"}).noAI);
 }
