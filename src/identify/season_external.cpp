@@ -2,7 +2,7 @@
 
 #include "foundation/title_match.h"
 #include "identify/asking.h"
-#include "identify/matcher.h"
+#include "identify/external_match.h"
 #include "identify/season_resolver.h"
 
 namespace marlet::SeasonResolver {
@@ -47,41 +47,8 @@ Task<std::optional<Chosen>> firstWithSeason(ExternalSource* source, std::vector<
     co_return second;
 }
 
-/// The season's own tall pictures, else the show's.
-const std::vector<std::string>& tallPictures(const ExtShowInfo& info, int season) {
-    const auto own = info.seasonTall.find(season);
-    return own == info.seasonTall.end() || own->second.empty() ? info.tall : own->second;
-}
-
-std::optional<std::string> rowPicture(const Chosen& chosen, int season) {
-    const auto& tall = tallPictures(chosen.info, season);
-    std::optional<std::string> picture = chosen.show.poster;
-    if (!tall.empty()) {
-        picture = tall.front();
-    } else if (!picture && !chosen.info.wide.empty()) {
-        picture = chosen.info.wide.front();
-    }
-    if (picture) picture = Matcher::thumbnail(*picture);
-    return picture;
-}
-
 std::string titleOf(const ExtEpisode& episode, const ExtShow& show) {
     return episode.title.empty() ? show.title : episode.title;
-}
-
-ManualDetails detailsOf(const ExtEpisode& episode, const Chosen& chosen, SourceID source) {
-    const ExtShowInfo& info = chosen.info;
-    ManualDetails details;
-    details.title = titleOf(episode, chosen.show);
-    details.description = episode.overview.empty() ? info.overview : episode.overview;
-    details.releaseDate = episode.date.empty() ? info.date : episode.date;
-    details.cast = info.cast;
-    details.source = source;
-    details.genre = info.genre;
-    details.rating = info.rating;
-    details.wide = info.wide;
-    details.tall = tallPictures(info, episode.season);
-    return details;
 }
 
 /// Turns judgements into results for one show of one source.
@@ -102,26 +69,14 @@ public:
     ResolvedFile resolved(const ScannedFile& file, const Guess& guess) const {
         const auto judgement = SeasonJudging::judge(file, guess, season_);
         ResolvedFile result{file, guess, {}, judgement.verdict, false};
-        if (judgement.episode) result.match = matchOf(judgement);
+        if (judgement.episode) {
+            result.match = ExternalMatch::ofEpisode(chosen_.show, chosen_.info,
+                                                    byNumber_.at(*judgement.episode), source_);
+        }
         return result;
     }
 
 private:
-    Match matchOf(const SeasonJudging::Judgement& judgement) const {
-        Match match;
-        match.tmdbID = chosen_.show.pseudoID();
-        match.kind = MediaKind::tv;
-        match.title = chosen_.show.title;
-        match.year = chosen_.show.year;
-        match.season = season_.number;
-        match.episode = judgement.episode;
-        match.episodeTitle = judgement.title;
-        match.runtimeMinutes = judgement.minutes;
-        match.posterPath = rowPicture(chosen_, season_.number);
-        match.manual = detailsOf(byNumber_.at(*judgement.episode), chosen_, source_);
-        return match;
-    }
-
     SourceID source_;
     Chosen chosen_;
     SeasonJudging::Season season_;
