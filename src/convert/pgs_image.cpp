@@ -1,6 +1,7 @@
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <limits>
+#include <vector>
 
 #include "convert/pgs_ocr.h"
 
@@ -14,13 +15,28 @@ constexpr std::int64_t channels = 4;
 constexpr std::int64_t largestCanvas = 16'000'000;
 /// A canvas with more is large enough as it stands, and its double would fill the memory.
 constexpr std::int64_t largestDoubled = 4'000'000;
+/// Pixels of all objects. Hundreds that each cover the screen show no more than a few do, and take
+/// as long as hundreds.
+constexpr std::int64_t mostDrawn = 4 * largestCanvas;
 
 struct Rectangle {
     int left = std::numeric_limits<int>::max();
     int top = std::numeric_limits<int>::max();
     int right = std::numeric_limits<int>::min();
     int bottom = std::numeric_limits<int>::min();
+
+    /// Of a canvas with this in its middle.
+    std::int64_t width() const { return std::int64_t{right} - left + 2 * border; }
+    std::int64_t height() const { return std::int64_t{bottom} - top + 2 * border; }
 };
+
+Rectangle joined(const Rectangle& all, const PGSParser::Obj& object,
+                 const PGSParser::Bitmap& bitmap) {
+    return {.left = std::min(all.left, object.x),
+            .top = std::min(all.top, object.y),
+            .right = std::max(all.right, object.x + bitmap.w),
+            .bottom = std::max(all.bottom, object.y + bitmap.h)};
+}
 
 /// The bitmap with this id when it is what it says.
 const PGSParser::Bitmap* bitmapOf(const PGSParser::Event& event, const PGSParser::Obj& object) {
@@ -111,27 +127,26 @@ Image doubled(const Image& image) {
 }  // namespace
 
 std::optional<Image> image(const PGSParser::Event& event) {
+    // A place that lies, far from all others, must not cost what stands on the screen.
     Rectangle all;
+    std::vector<const PGSParser::Obj*> drawn;
+    std::int64_t pixels = 0;
     for (const PGSParser::Obj& object : event.objects) {
         const PGSParser::Bitmap* const bitmap = bitmapOf(event, object);
         if (bitmap == nullptr) continue;
-        all.left = std::min(all.left, object.x);
-        all.top = std::min(all.top, object.y);
-        all.right = std::max(all.right, object.x + bitmap->w);
-        all.bottom = std::max(all.bottom, object.y + bitmap->h);
+        const Rectangle more = joined(all, object, *bitmap);
+        const std::int64_t own = std::int64_t{bitmap->w} * bitmap->h;
+        if (more.width() * more.height() > largestCanvas || pixels + own > mostDrawn) continue;
+        pixels += own;
+        all = more;
+        drawn.push_back(&object);
     }
-    if (all.left >= all.right) return std::nullopt;
-    const std::int64_t width = std::int64_t{all.right} - all.left + 2 * border;
-    const std::int64_t height = std::int64_t{all.bottom} - all.top + 2 * border;
-    if (width * height > largestCanvas) return std::nullopt;
-    Image canvas = black(width, height);
-    for (const PGSParser::Obj& object : event.objects) {
-        const PGSParser::Bitmap* const bitmap = bitmapOf(event, object);
-        if (bitmap == nullptr) continue;
-        draw(canvas, *bitmap, object.x - all.left + border, object.y - all.top + border,
-             event.palette);
-    }
-    return width * height > largestDoubled ? canvas : doubled(canvas);
+    if (drawn.empty()) return std::nullopt;
+    Image canvas = black(all.width(), all.height());
+    for (const PGSParser::Obj* const object : drawn)
+        draw(canvas, *bitmapOf(event, *object), object->x - all.left + border,
+             object->y - all.top + border, event.palette);
+    return all.width() * all.height() > largestDoubled ? canvas : doubled(canvas);
 }
 
 }  // namespace marlet::PGSOCR

@@ -83,11 +83,12 @@ std::unique_ptr<PictureReader> PictureReader::open(const std::string& language) 
     return std::unique_ptr<PictureReader>(new PictureReader(std::move(recogniser), language));
 }
 
-std::optional<PGSOCR::Result> PictureReader::read(const PGSOCR::Image& image) {
+std::optional<PGSOCR::Result> PictureReader::read(const PGSOCR::Image& image, RunControl* control) {
     const GrayPicture ink = inkOf(image);
     PGSOCR::Result result;
     int words = 0;
     for (PictureLine& line : linesOf(ink)) {
+        if (control != nullptr) control->checkpoint();
         std::vector<Placed> placed;
         for (const LoneGlyph& lone : takeLoneGlyphs(ink, line, isLatin(language_)))
             placed.push_back({.left = lone.left, .text = lone.text});

@@ -15,7 +15,9 @@ public:
     /// `language` is a recognition language ("en-US"). Nothing when it can't be read here.
     static std::unique_ptr<PictureReader> open(const std::string& language);
 
-    std::optional<PGSOCR::Result> read(const PGSOCR::Image& image);
+    /// A picture that lies about being a subtitle can hold hundreds of lines; before each the
+    /// control is asked. Nothing when no text was found. Throws CancelError.
+    std::optional<PGSOCR::Result> read(const PGSOCR::Image& image, RunControl* control = nullptr);
 
 private:
     PictureReader(std::unique_ptr<TextRecogniser> recogniser, std::string language)

@@ -121,7 +121,7 @@ std::string ReadingCrew::textOf(PictureReader* reader, const PGSParser::Event& e
     std::string text;
     const std::optional<PGSOCR::Image> image = PGSOCR::image(event);
     if (image && reader != nullptr) {
-        if (const auto result = reader->read(*image)) text = result->text;
+        if (const auto result = reader->read(*image, &control_)) text = result->text;
     }
     const std::lock_guard guard(mutex_);
     known_.emplace(mark, text);

@@ -60,7 +60,7 @@ std::unique_ptr<TextRecogniser> TextRecogniser::open(const std::string& data) {
     if (api.Init(nullptr, data.c_str(), tesseract::OEM_LSTM_ONLY) != 0) return nullptr;
     api.SetPageSegMode(tesseract::PSM_SINGLE_LINE);
     // Never in a subtitle, and often seen where an I or an l is meant.
-    api.SetVariable("tessedit_char_blacklist", "|{}~\\^_=<>©®¢¥§°");
+    api.SetVariable("tessedit_char_blacklist", "|{}~\\^_=<>©®¢¥§");
     return std::unique_ptr<TextRecogniser>(new TextRecogniser(std::move(engine)));
 }
 

@@ -6,6 +6,8 @@
 #include "convert/cue_printing.h"
 #include "convert/pgs_ocr.h"
 #include "convert/pgs_reading.h"
+#include "convert/picture_reader.h"
+#include "convert/reading_crew.h"
 #include "foundation/errors.h"
 #include "foundation/paths.h"
 #include "support/subtitle_pictures.h"
@@ -158,6 +160,26 @@ TEST(PGSCues, EndWithACancel) {
     EXPECT_THROW(PGSOCR::cues(*film.mkv, *film.mkv->track(1), "eng", false, control), CancelError);
 }
 
+TEST(PGSCues, StopBeingReadWithACancel) {
+    const auto events = eventsOf(stream({shownAt(1000, drawn("Too late"))}, plane));
+    RunControl control;
+    ReadingCrew crew("en-US", control);
+    control.cancel();
+    crew.hand(events.at(0));
+    EXPECT_THROW(crew.finish(), CancelError);
+}
+
+TEST(PGSCues, OfAPictureFullOfLinesStopBetweenTwo) {
+    const auto events = eventsOf(stream({shownAt(1000, drawn("One\nTwo"))}, plane));
+    const auto reader = PictureReader::open("en-US");
+    ASSERT_TRUE(reader);
+    RunControl control;
+    const auto image = PGSOCR::image(events.at(0));
+    EXPECT_EQ(reader->read(*image, &control).value().text, "One\nTwo");
+    control.cancel();
+    EXPECT_THROW(reader->read(*image, &control), CancelError);
+}
+
 TEST(PGSCues, AreReadWithoutAWordOnTheConsole) {
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
@@ -198,6 +220,11 @@ TEST(PGSRead, KnowsALoneIAndMusicNotes) {
     EXPECT_EQ(textOf(drawn("If I were you, I would go.\nI can't.")),
               "If I were you, I would go.\nI can't.");
     EXPECT_EQ(textOf(drawn("♪ Down by the river ♪")), "♪ Down by the river ♪");
+}
+
+TEST(PGSRead, KnowsDegreesAndTheSignOfANumber) {
+    EXPECT_EQ(textOf(drawn("It's 40° outside")), "It's 40° outside");
+    EXPECT_EQ(textOf(drawn("Appartement n°12"), "fr-FR"), "Appartement n°12");
 }
 
 TEST(PGSRead, IsAboutLettersWhateverStandsAroundThem) {
@@ -275,9 +302,18 @@ TEST(PGSImage, OfAnEventWithoutPicturesIsNothing) {
 }
 
 TEST(PGSImage, BeyondAnyScreenIsNothing) {
-    PGSParser::Event event = eventWith({10, 10, Bytes(100, 1)}, 0xFFFFFFFF);
-    event.objects.push_back({.id = 3, .x = 65'000, .y = 65'000});
-    EXPECT_EQ(PGSOCR::image(event), std::nullopt);
+    EXPECT_EQ(PGSOCR::image(eventWith({8000, 3000, Bytes(24'000'000, 1)}, 0xFFFFFFFF)),
+              std::nullopt);
+}
+
+TEST(PGSImage, OfAnObjectFarBeyondTheScreenHoldsTheOthers) {
+    PGSParser::Event event = eventWith({10, 6, Bytes(60, 1)}, 0xFFFFFFFF);
+    event.objects.insert(event.objects.begin() + 1, {.id = 3, .x = 65'000, .y = 65'000});
+    event.objects.push_back({.id = 3, .x = 50, .y = 90});
+    const auto image = PGSOCR::image(event);
+    ASSERT_TRUE(image.has_value());
+    EXPECT_EQ(image->width, (10 + 24) * 2);
+    EXPECT_EQ(image->height, (26 + 24) * 2);
 }
 
 TEST(PGSImage, OfALargeScreenIsLargeEnoughAsItIs) {
