@@ -1,6 +1,7 @@
 #include "convert/ink_parts.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace marlet {
 
@@ -9,41 +10,99 @@ namespace {
 constexpr std::uint8_t isInk = 128;
 constexpr int speck = 8;
 
+/// The parts of a picture, found row by row. Only those that reach the row above are open, so that
+/// a screen full of noise takes no more memory than its rows are wide.
+class PartFinder {
+public:
+    explicit PartFinder(const GrayPicture& ink) : ink_(ink) {}
+
+    std::vector<InkPart> all() {
+        for (int y = 0; y < ink_.height; y++) row(y);
+        // A row of nothing closes the last ones.
+        above_.clear();
+        closeOthers();
+        return std::move(closed_);
+    }
+
+private:
+    /// Ink side by side in one row, the right edge exclusive.
+    struct Run {
+        int left = 0;
+        int right = 0;
+        std::size_t part = 0;  // of open_
+    };
+
+    void row(int y) {
+        std::vector<Run> runs;
+        std::size_t reached = 0;
+        for (int x = 0; x < ink_.width; x++) {
+            if (ink_.at(x, y) < isInk) continue;
+            const int left = x;
+            while (x < ink_.width && ink_.at(x, y) >= isInk) x++;
+            runs.push_back({left, x, open_.size()});
+            own_.push_back(own_.size());
+            open_.push_back(
+                {.left = left, .top = y, .right = x, .bottom = y + 1, .pixels = x - left});
+            // Corners touch, too. The last run above may reach the next one here as well.
+            while (reached < above_.size() && above_[reached].right < left) reached++;
+            for (std::size_t i = reached; i < above_.size() && above_[i].left <= x; i++)
+                join(above_[i].part, runs.back().part);
+        }
+        above_ = std::move(runs);
+        closeOthers();
+    }
+
+    std::size_t rootOf(std::size_t part) {
+        while (own_[part] != part) part = own_[part] = own_[own_[part]];
+        return part;
+    }
+
+    void join(std::size_t a, std::size_t b) {
+        a = rootOf(a);
+        b = rootOf(b);
+        if (a == b) return;
+        own_[b] = a;
+        InkPart& part = open_[a];
+        const InkPart& other = open_[b];
+        part.left = std::min(part.left, other.left);
+        part.top = std::min(part.top, other.top);
+        part.right = std::max(part.right, other.right);
+        part.bottom = std::max(part.bottom, other.bottom);
+        part.pixels += other.pixels;
+    }
+
+    /// Keeps what the last row reaches, under new numbers.
+    void closeOthers() {
+        constexpr auto none = static_cast<std::size_t>(-1);
+        std::vector<InkPart> kept;
+        std::vector<std::size_t> number(open_.size(), none);
+        for (Run& run : above_) {
+            const std::size_t root = rootOf(run.part);
+            if (number[root] == none) {
+                number[root] = kept.size();
+                kept.push_back(open_[root]);
+            }
+            run.part = number[root];
+        }
+        for (std::size_t part = 0; part < open_.size(); part++)
+            if (own_[part] == part && number[part] == none && open_[part].pixels > speck)
+                closed_.push_back(open_[part]);
+        open_ = std::move(kept);
+        own_.resize(open_.size());
+        std::iota(own_.begin(), own_.end(), std::size_t{0});
+    }
+
+    const GrayPicture& ink_;
+    std::vector<Run> above_;        // the last row's
+    std::vector<InkPart> open_;     // what may go on
+    std::vector<std::size_t> own_;  // the part that each of these was joined to, or itself
+    std::vector<InkPart> closed_;
+};
+
 }  // namespace
 
 std::vector<InkPart> partsOf(const GrayPicture& ink) {
-    std::vector<InkPart> parts;
-    Bytes seen(ink.pixels.size());
-    std::vector<std::pair<int, int>> open;
-    const auto visit = [&](int x, int y) {
-        if (x < 0 || y < 0 || x >= ink.width || y >= ink.height || ink.at(x, y) < isInk) return;
-        std::uint8_t& mark =
-            seen[static_cast<std::size_t>(y) * static_cast<std::size_t>(ink.width) +
-                 static_cast<std::size_t>(x)];
-        if (mark != 0) return;
-        mark = 1;
-        open.emplace_back(x, y);
-    };
-    for (int y = 0; y < ink.height; y++) {
-        for (int x = 0; x < ink.width; x++) {
-            visit(x, y);
-            if (open.empty()) continue;
-            InkPart part{.left = x, .top = y, .right = x, .bottom = y};
-            while (!open.empty()) {
-                const auto [atX, atY] = open.back();
-                open.pop_back();
-                part.left = std::min(part.left, atX);
-                part.right = std::max(part.right, atX + 1);
-                part.bottom = std::max(part.bottom, atY + 1);
-                part.top = std::min(part.top, atY);
-                part.pixels++;
-                for (int dy = -1; dy <= 1; dy++)
-                    for (int dx = -1; dx <= 1; dx++) visit(atX + dx, atY + dy);
-            }
-            if (part.pixels > speck) parts.push_back(part);
-        }
-    }
-    return parts;
+    return PartFinder(ink).all();
 }
 
 bool isNote(const GrayPicture& ink, const InkPart& part) {

@@ -77,7 +77,7 @@ std::vector<Paint> mainColours(const Pixels& pixels) {
     return paints;
 }
 
-/// Which paint each pixel has, or -1.
+/// Tells each paint its pixels, and how many of them are near the black.
 void countEdges(const PGSOCR::Image& image, const Pixels& pixels, std::vector<Paint>& paints) {
     constexpr int reach = 4;  // an edge blends over two pixels of the picture
     for (int y = reach; y < image.height - reach; y++) {
@@ -144,13 +144,11 @@ GrayPicture inkOf(const PGSOCR::Image& image) {
         if (value < 0) {
             value = 0;
             for (const Colour& letter : letters) {
-                int whole = std::numeric_limits<int>::max();
-                int from = whole;
+                int from = std::numeric_limits<int>::max();
                 for (const Colour& other : others) {
                     // How far the pixel is on the way from there to the letter.
                     const int all = distance(other, letter);
                     const int rest = distance(colour, letter);
-                    whole = std::min(whole, all);
                     from = std::min(from, std::max(0, all - rest) * 255 / std::max(all, 1));
                 }
                 value = std::max(value, std::min(from * 8 / 7, 255));

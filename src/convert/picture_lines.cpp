@@ -35,7 +35,10 @@ int capitalHeight(const std::vector<InkPart>& parts) {
     for (const InkPart& part : parts)
         if (2 * part.height() > highest && part.height() <= highest)
             heights.push_back(part.height());
-    if (heights.empty()) return std::max(highest, 1);
+    if (heights.empty()) {
+        // Words of one wide part each, as Arabic has them.
+        for (const InkPart& part : parts) heights.push_back(part.height());
+    }
     std::ranges::sort(heights);
     return heights[heights.size() * 3 / 4];
 }
@@ -66,7 +69,7 @@ void splitHigh(std::vector<Band>& bands, const std::vector<int>& rows, int capit
     for (std::size_t i = 0; i < bands.size(); i++) {
         const Band band = bands[i];
         if (band.height() * 10 < capital * 21) continue;
-        const int from = band.top + capital * 9 / 10;
+        const int from = band.top + std::max(capital * 9 / 10, 1);
         const int to = std::min(band.bottom - capital * 9 / 10, band.top + capital * 19 / 10);
         if (from >= to) continue;
         const auto least = std::min_element(rows.begin() + from, rows.begin() + to);
@@ -163,9 +166,19 @@ std::vector<Glyph> glyphsOf(const std::vector<InkPart>& parts) {
     return glyphs;
 }
 
+/// A line of nothing else says nothing, and the engine makes a word of it.
+bool isDash(const InkPart& part) {
+    return part.width() >= 3 * part.height() &&
+           part.pixels * 100LL >= part.width() * 85LL * part.height();
+}
+
 /// Capitals in the engine's picture, which it is best at, and the light around them.
 constexpr double wantedCapital = 30;
 constexpr int margin = 10;
+/// No screen of letters has as many lines, nor lines as long in capitals; reading what has would
+/// take minutes.
+constexpr std::size_t mostLines = 40;
+constexpr int longestLine = 400;
 
 PictureLine lineOf(const GrayPicture& ink, const Band& band, const std::vector<InkPart>& parts,
                    int capital) {
@@ -193,13 +206,18 @@ std::vector<PictureLine> linesOf(const GrayPicture& ink) {
     if (parts.empty()) return lines;
     std::ranges::sort(parts, {}, &InkPart::left);
     const int capital = capitalHeight(parts);
-    for (const Band& band : bandsOf(ink, capital)) {
+    const std::vector<Band> bands = bandsOf(ink, capital);
+    if (bands.size() > mostLines) return lines;
+    for (const Band& band : bands) {
         std::vector<InkPart> own;
         std::ranges::copy_if(parts, std::back_inserter(own), [&](const InkPart& part) {
             const int middle = (part.top + part.bottom) / 2;
             return middle >= band.top && middle < band.bottom;
         });
-        if (!own.empty()) lines.push_back(lineOf(ink, band, own, capital));
+        if (std::ranges::all_of(own, isDash)) continue;  // or no ink at all
+        const int right = std::ranges::max(own, {}, &InkPart::right).right;
+        if ((right - own.front().left) / capital < longestLine)
+            lines.push_back(lineOf(ink, band, own, capital));
     }
     return lines;
 }

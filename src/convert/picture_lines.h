@@ -22,7 +22,8 @@ struct PictureLine {
     int capital = 1;            ///< about the height of a capital, in pixels of the ink
 };
 
-/// The lines of letters, the top one first; `ink` is 255 where letters are.
+/// The lines of letters, the top one first; `ink` is 255 where letters are. None of a picture that
+/// falls into more lines than a screen has.
 std::vector<PictureLine> linesOf(const GrayPicture& ink);
 
 /// Takes a glyph that stands alone out of the line's picture. It stays among the glyphs.

@@ -1,13 +1,12 @@
 #include "convert/picture_reader.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "convert/glyph_rules.h"
+#include "convert/line_text.h"
 #include "convert/lone_glyphs.h"
 #include "convert/picture_ink.h"
 #include "convert/picture_lines.h"
@@ -16,21 +15,9 @@
 
 namespace marlet {
 
+using RecognitionLanguages::Script;
+
 namespace {
-
-/// Where a bar alone is no I.
-bool isLatin(std::string_view language) {
-    constexpr std::array<std::string_view, 7> others{"zh-Hans", "ja-JP", "ko-KR", "ru-RU",
-                                                     "uk-UA",   "th-TH", "ar-SA"};
-    return std::ranges::find(others, language) == others.end();
-}
-
-/// A word of a line with its place; a lone glyph has no shapes to mend it by.
-struct Placed {
-    double left = 0;
-    GlyphRules::Word word;
-    std::string text;  ///< of a lone glyph
-};
 
 /// Each glyph goes to the word that it stands in, or next to.
 std::vector<std::vector<Glyph>> shared(const std::vector<Glyph>& glyphs,
@@ -51,26 +38,35 @@ std::vector<std::vector<Glyph>> shared(const std::vector<Glyph>& glyphs,
     return own;
 }
 
-/// The words as they were read and mended, with the lone glyphs between them.
-std::string lineOfText(const GrayPicture& ink, const PictureLine& line,
-                       const std::vector<TextRecogniser::Word>& read, std::vector<Placed> placed) {
+/// All the pixels that it says.
+bool isWhole(const PGSOCR::Image& image) {
+    return image.width > 0 && image.height > 0 &&
+           image.rgba.size() ==
+               static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height) * 4;
+}
+
+/// Only letters that stand side by side, a shape each, can be mended by their shapes.
+bool isSpelled(Script script) {
+    return script == Script::latin || script == Script::cyrillic;
+}
+
+/// The words as they were read, mended by their shapes.
+std::vector<LineWord> mendedWords(const GrayPicture& ink, const PictureLine& line,
+                                  const std::vector<TextRecogniser::Word>& read, Script script) {
     GlyphRules rules(ink);
     std::vector<std::vector<Glyph>> glyphs = shared(line.glyphs, read);
-    GlyphRules::Word before;
+    std::vector<GlyphRules::Word> words;
     for (std::size_t i = 0; i < read.size(); i++) {
-        GlyphRules::Word word = GlyphRules::match(read[i], std::move(glyphs[i]), line.capital);
-        rules.learn(word);
-        rules.learnGap(before, word);
-        before = word;
-        placed.push_back({.left = static_cast<double>(read[i].left), .word = std::move(word)});
+        words.push_back(GlyphRules::match(read[i], std::move(glyphs[i]), line.capital));
+        rules.learn(words.back());
+        if (i > 0) rules.learnGap(words[i - 1], words.back());
     }
-    std::ranges::stable_sort(placed, {}, &Placed::left);
-    std::string text;
-    for (const Placed& each : placed) {
-        if (!text.empty()) text += ' ';
-        text += each.text.empty() ? rules.mended(each.word) : each.text;
-    }
-    return text;
+    std::vector<LineWord> mended;
+    for (std::size_t i = 0; i < read.size(); i++)
+        mended.push_back({.text = isSpelled(script) ? rules.mended(words[i]) : read[i].text,
+                          .left = static_cast<double>(read[i].left),
+                          .hasBlankBefore = read[i].hasBlankBefore});
+    return mended;
 }
 
 }  // namespace
@@ -80,23 +76,24 @@ std::unique_ptr<PictureReader> PictureReader::open(const std::string& language) 
     if (row == nullptr) return nullptr;
     auto recogniser = TextRecogniser::open(row->data);
     if (recogniser == nullptr) return nullptr;
-    return std::unique_ptr<PictureReader>(new PictureReader(std::move(recogniser), language));
+    return std::unique_ptr<PictureReader>(new PictureReader(std::move(recogniser), *row));
 }
 
 std::optional<PGSOCR::Result> PictureReader::read(const PGSOCR::Image& image, RunControl* control) {
+    if (!isWhole(image)) return std::nullopt;
     const GrayPicture ink = inkOf(image);
     PGSOCR::Result result;
     int words = 0;
     for (PictureLine& line : linesOf(ink)) {
         if (control != nullptr) control->checkpoint();
-        std::vector<Placed> placed;
-        for (const LoneGlyph& lone : takeLoneGlyphs(ink, line, isLatin(language_)))
-            placed.push_back({.left = lone.left, .text = lone.text});
+        const std::vector<LoneGlyph> lone =
+            takeLoneGlyphs(ink, line, language_.script == Script::latin);
         const std::vector<TextRecogniser::Word> read = recogniser_->readLine(line.picture);
         for (const TextRecogniser::Word& word : read) result.confidence += word.confidence;
         words += static_cast<int>(read.size());
-        const std::string text =
-            ReadingRules::mend(lineOfText(ink, line, read, std::move(placed)), language_);
+        const std::string text = ReadingRules::mend(
+            lineText(mendedWords(ink, line, read, language_.script), lone, language_.script),
+            language_.recognition);
         if (text.empty()) continue;
         if (!result.text.empty()) result.text += '\n';
         result.text += text;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "convert/pgs_ocr.h"
+#include "convert/recognition_languages.h"
 #include "convert/text_recogniser.h"
 
 namespace marlet {
@@ -20,11 +21,12 @@ public:
     std::optional<PGSOCR::Result> read(const PGSOCR::Image& image, RunControl* control = nullptr);
 
 private:
-    PictureReader(std::unique_ptr<TextRecogniser> recogniser, std::string language)
-        : recogniser_(std::move(recogniser)), language_(std::move(language)) {}
+    PictureReader(std::unique_ptr<TextRecogniser> recogniser,
+                  const RecognitionLanguages::Language& language)
+        : recogniser_(std::move(recogniser)), language_(language) {}
 
     std::unique_ptr<TextRecogniser> recogniser_;
-    std::string language_;
+    const RecognitionLanguages::Language& language_;
 };
 
 }  // namespace marlet

@@ -1,7 +1,9 @@
 #include "convert/reading_crew.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "convert/pgs_ocr.h"
@@ -21,11 +23,17 @@ std::array<std::uint8_t, 32> markOf(const PGSParser::Event& event) {
     };
     digest.update({reinterpret_cast<const std::uint8_t*>(event.palette.data()),
                    event.palette.size() * sizeof event.palette[0]});
+    // A bitmap by when it is first shown, whatever its id, and only then as a whole.
+    std::map<int, std::int64_t> shown;
     for (const PGSParser::Obj& object : event.objects) {
         const auto bitmap = event.bitmaps.find(object.id);
         if (bitmap == event.bitmaps.end()) continue;
+        const auto [place, isFirst] =
+            shown.emplace(object.id, static_cast<std::int64_t>(shown.size()));
+        number(place->second);
         number(object.x);
         number(object.y);
+        if (!isFirst) continue;
         number(bitmap->second.w);
         number(bitmap->second.h);
         digest.update(bitmap->second.idx);
@@ -38,7 +46,9 @@ std::array<std::uint8_t, 32> markOf(const PGSParser::Event& event) {
 ReadingCrew::ReadingCrew(std::string language, RunControl& control)
     : language_(std::move(language)),
       control_(control),
-      most_(std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders)) {}
+      most_(std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders)) {
+    readers_.reserve(most_);
+}
 
 ReadingCrew::~ReadingCrew() {
     {
@@ -60,7 +70,16 @@ void ReadingCrew::hand(PGSParser::Event event) {
         isOneMore = readers_.size() < most_ && idle_ < waiting_.size();
         changed_.notify_all();
     }
-    if (isOneMore) readers_.emplace_back([this] { work(); });
+    if (isOneMore) startReader();
+}
+
+void ReadingCrew::startReader() {
+    try {
+        readers_.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+        // The system has no thread to give: those that there are read on.
+        if (readers_.empty()) throw;
+    }
 }
 
 std::vector<ReadingCrew::Line> ReadingCrew::finish() {
@@ -119,9 +138,13 @@ std::string ReadingCrew::textOf(PictureReader* reader, const PGSParser::Event& e
         if (known != known_.end()) return known->second;
     }
     std::string text;
-    const std::optional<PGSOCR::Image> image = PGSOCR::image(event);
-    if (image && reader != nullptr) {
-        if (const auto result = reader->read(*image, &control_)) text = result->text;
+    try {
+        const std::optional<PGSOCR::Image> image = PGSOCR::image(event);
+        if (image && reader != nullptr) {
+            if (const auto result = reader->read(*image, &control_)) text = result->text;
+        }
+    } catch (const std::bad_alloc&) {
+        // A picture too large for the memory that is left is one that can't be read.
     }
     const std::lock_guard guard(mutex_);
     known_.emplace(mark, text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -15,6 +16,8 @@
 #include "foundation/run_control.h"
 
 namespace marlet {
+
+class PictureReader;
 
 /// Reads pictures side by side as they come in: four readers at most, no more than there are cores
 /// or pictures, with an engine each. No more pictures wait than are being read, so that a film's
@@ -46,9 +49,10 @@ private:
         PGSParser::Event event;
     };
 
+    void startReader();
     void work();
     void readAll();
-    std::string textOf(class PictureReader* reader, const PGSParser::Event& event);
+    std::string textOf(PictureReader* reader, const PGSParser::Event& event);
     void throwFailure();
 
     const std::string language_;

@@ -6,6 +6,8 @@
 #include <tesseract/baseapi.h>
 #include <tesseract/resultiterator.h>
 
+#include <mutex>
+
 namespace marlet {
 
 namespace {
@@ -37,6 +39,15 @@ void stayOnThisThread() {
     if (setLevels != nullptr) setLevels(0);
 }
 
+/// Both settings are the process's, not an engine's, so no two threads may make them at once.
+void neverPrint(tesseract::TessBaseAPI& api) {
+    static std::once_flag isQuiet;
+    std::call_once(isQuiet, [&api] {
+        setMsgSeverity(L_SEVERITY_NONE);
+        api.SetVariable("debug_file", "/dev/null");
+    });
+}
+
 }  // namespace
 
 class TextRecogniser::Engine {
@@ -53,10 +64,9 @@ TextRecogniser::~TextRecogniser() {
 std::unique_ptr<TextRecogniser> TextRecogniser::open(const std::string& data) {
     const PlainLocale locale;
     stayOnThisThread();
-    setMsgSeverity(L_SEVERITY_NONE);
     auto engine = std::make_unique<Engine>();
     tesseract::TessBaseAPI& api = engine->api;
-    api.SetVariable("debug_file", "/dev/null");
+    neverPrint(api);
     if (api.Init(nullptr, data.c_str(), tesseract::OEM_LSTM_ONLY) != 0) return nullptr;
     api.SetPageSegMode(tesseract::PSM_SINGLE_LINE);
     // Never in a subtitle, and often seen where an I or an l is meant.
@@ -78,6 +88,7 @@ std::vector<TextRecogniser::Word> TextRecogniser::readLine(const GrayPicture& li
         const std::unique_ptr<char[]> text(each->GetUTF8Text(tesseract::RIL_WORD));
         if (text == nullptr) continue;
         Word word{.text = text.get(), .confidence = each->Confidence(tesseract::RIL_WORD) / 100};
+        word.hasBlankBefore = each->BlanksBeforeWord() > 0;
         int top = 0;
         int bottom = 0;
         each->BoundingBox(tesseract::RIL_WORD, &word.left, &top, &word.right, &bottom);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,8 +40,9 @@ public:
         float confidence = 0;  ///< 0 to 1
         int left = 0;
         int right = 0;
+        bool hasBlankBefore = false;
     };
-    /// The words of one line, dark on light, from left to right.
+    /// The words of one line, dark on light, in the order in which they are read.
     std::vector<Word> readLine(const GrayPicture& line);
 
 private:
