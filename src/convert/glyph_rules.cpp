@@ -37,6 +37,21 @@ std::size_t shapesOf(char32_t letter) {
     }
 }
 
+bool isDigit(char32_t letter) {
+    return letter >= U'0' && letter <= U'9';
+}
+
+/// Beside a digit, or a mark with one on its other side ("7:15").
+bool isInNumber(const std::u32string& letters, std::size_t at) {
+    const auto isDigitAt = [&](std::size_t i) { return i < letters.size() && isDigit(letters[i]); };
+    if (isDigitAt(at + 1) || (at > 0 && isDigitAt(at - 1))) return true;
+    const auto isMark = [](char32_t letter) {
+        return letter == U':' || letter == U'.' || letter == U',';
+    };
+    return (at > 1 && isMark(letters[at - 1]) && isDigitAt(at - 2)) ||
+           (at + 2 < letters.size() && isMark(letters[at + 1]) && isDigitAt(at + 2));
+}
+
 int middle(std::vector<int> values) {
     std::ranges::sort(values);
     return values[values.size() / 2];
@@ -157,11 +172,14 @@ void GlyphRules::learnGap(const Word& before, const Word& word) {
 }
 
 /// An I is as high as capitals are, an l as b, d, h and k. Where the line doesn't tell, or both are
-/// the same in its typeface, the engine's word stands.
+/// the same in its typeface, the engine's word stands. So does a 1 of a number, which is a bar in
+/// some typefaces.
 char32_t GlyphRules::barLetter(const Word& word, std::size_t at) const {
     const char32_t read = word.letters[at];
+    if (read == U'1' && isInNumber(word.letters, at)) return read;
+    // Within a word the engine knows better, but of III it makes lll.
     const bool isSure = read == U'I' || read == U'l';
-    if (isSure && at > 0) return read;
+    if (isSure && at > 0 && word.letters.find_first_not_of(bars) != word.letters.npos) return read;
     if (capitals_.empty() || ascenders_.empty()) return read;
     const int capital = middle(capitals_);
     const int ascender = middle(ascenders_);

@@ -1,9 +1,13 @@
 #include "convert/reading_rules.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
+
+#include "convert/code_points.h"
 
 namespace marlet::ReadingRules {
 
@@ -40,13 +44,24 @@ void dropStrayCommas(std::string& text) {
     if (!hasEnd) replaceAll(text, "‚", "");
 }
 
-bool isLetter(char byte) {
-    const auto value = static_cast<unsigned char>(byte);
-    return value >= 0x80 || (value >= 'A' && value <= 'Z') || (value >= 'a' && value <= 'z');
+bool isLetter(char32_t point) {
+    return u_isalpha(static_cast<UChar32>(point)) != 0;
+}
+bool startsWithLetter(std::string_view text) {
+    const std::u32string points = codePointsOf(text.substr(0, 4));
+    return !points.empty() && isLetter(points.front());
+}
+bool endsWithLetter(std::string_view text) {
+    const std::u32string points = codePointsOf(text);
+    return !points.empty() && isLetter(points.back());
+}
+
+bool isAlone(std::string_view text, std::size_t at, std::string_view word) {
+    return word == "OÖ" && !startsWithLetter(text.substr(at + word.size()));
 }
 
 /// One letter read as two, the second with its accent ("UÜber"). Within a word both may be meant
-/// ("CREÉIS").
+/// ("CREÉIS"), and alone (OÖ is Upper Austria).
 void dropDoubledAccents(std::string& text) {
     constexpr std::pair<std::string_view, std::string_view> doubled[] = {
         {"AÄ", "Ä"}, {"OÖ", "Ö"}, {"UÜ", "Ü"}, {"AÀ", "À"}, {"EÉ", "É"},
@@ -54,42 +69,53 @@ void dropDoubledAccents(std::string& text) {
     for (const auto& [from, to] : doubled)
         for (std::size_t at = text.find(from); at != std::string::npos;
              at = text.find(from, at + 1))
-            if (at == 0 || !isLetter(text[at - 1])) text.replace(at, from.size(), to);
+            if (!endsWithLetter(std::string_view(text).substr(0, at)) && !isAlone(text, at, from))
+                text.replace(at, from.size(), to);
 }
 
-/// What makes an ordinal of a Roman number ("IIe siècle", "IInd").
-bool isOrdinalEnd(std::string_view letters) {
-    constexpr std::array<std::string_view, 10> ends{"e",   "è", "ème", "eme", "nd",
-                                                    "nde", "d", "de",  "o",   "a"};
-    return std::ranges::find(ends, letters) != ends.end();
+/// What stands behind a Roman number: the end of an ordinal ("IIème siècle", "IInd"), or a letter
+/// that counts on ("Phase IIb"). French "IIs" is "Ils".
+bool isNumberEnd(std::u32string_view letters) {
+    constexpr std::array<std::u32string_view, 5> ends{U"ème", U"eme", U"nd", U"nde", U"de"};
+    return (letters.size() == 1 && letters != U"s") ||
+           std::ranges::find(ends, letters) != ends.end();
 }
 
-/// "IIsa": of a small letter only the end of an ordinal stands behind a Roman number.
+/// "IIsa": an l read as an I, where it can't be a Roman number.
 void mendDoubledI(std::string& text) {
     for (std::size_t at = text.find("II"); at != std::string::npos; at = text.find("II", at + 1)) {
-        const bool isStart = at == 0 || text[at - 1] == ' ' || text[at - 1] == '"';
-        const std::size_t next = at + 2;
-        if (!isStart || next >= text.size() || text[next] < 'a' || text[next] > 'z') continue;
-        std::size_t end = next;
-        while (end < text.size() && isLetter(text[end])) end++;
-        if (!isOrdinalEnd(std::string_view(text).substr(next, end - next))) text[at + 1] = 'l';
+        if (endsWithLetter(std::string_view(text).substr(0, at))) continue;
+        std::u32string letters = codePointsOf(std::string_view(text).substr(at + 2));
+        letters.erase(std::ranges::find_if_not(letters, isLetter), letters.end());
+        if (letters.empty() || letters.front() < U'a' || letters.front() > U'z') continue;
+        if (!isNumberEnd(letters)) text[at + 1] = 'l';
     }
 }
 
-/// Three dots and more, with blanks between some.
+/// Dots side by side from here on.
+std::size_t dotsAt(const std::string& text, std::size_t at) {
+    return std::min(text.find_first_not_of('.', at), text.size()) - at;
+}
+
+/// Three dots and more, with blanks between single ones. A full stop or an ellipsis ahead of an
+/// ellipsis is not part of it ("Well... ...maybe").
 void joinDots(std::string& text) {
-    for (std::size_t at = text.find('.'); at != std::string::npos; at = text.find('.', at + 1)) {
-        std::size_t end = at;
-        std::size_t dots = 0;
-        for (std::size_t next = at; next < text.size() && (text[next] == '.' || text[next] == ' ');
-             next++) {
-            if (text[next] != '.') continue;
-            dots++;
-            end = next + 1;
+    for (std::size_t at = text.find('.'); at != std::string::npos; at = text.find('.', at)) {
+        std::size_t dots = dotsAt(text, at);
+        std::size_t end = at + dots;
+        const bool isWhole = dots > 2;
+        while (!isWhole) {
+            const std::size_t next = std::min(text.find_first_not_of(' ', end), text.size());
+            const std::size_t more = dotsAt(text, next);
+            if (more == 0 || more > 2) break;
+            dots += more;
+            end = next + more;
         }
-        if (dots < 3) continue;
-        text.replace(at, end - at, "...");
-        at += 2;
+        if (dots > 2) {
+            text.replace(at, end - at, "...");
+            end = at + 3;
+        }
+        at = end;
     }
 }
 
