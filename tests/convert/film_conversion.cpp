@@ -20,10 +20,10 @@ constexpr const char* chapters =
 
 Bytes makePlainFilm() {
     const TempFolder folder;
-    runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=2",
-             "-c:v", "libx264", "-pix_fmt", "yuv420p", (folder / "v.mp4").string()});
-    runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=440:duration=2:sample_rate=48000",
-             "-c:a", "aac", (folder / "a.aac").string()});
+    ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=2", "-c:v", "libx264",
+            "-pix_fmt", "yuv420p", (folder / "v.mp4").string()});
+    ffmpeg({"-f", "lavfi", "-i", "sine=440:duration=2:sample_rate=48000", "-c:a", "aac",
+            (folder / "a.aac").string()});
     folder.write("s.srt", std::string_view(lines));
     folder.write("c.txt", std::string_view(chapters));
     merge(folder / "film.mkv",

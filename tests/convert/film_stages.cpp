@@ -20,27 +20,11 @@ namespace {
 
 Bytes makeSurroundFilm() {
     const TempFolder folder;
-    runTool({"ffmpeg",
-             "-v",
-             "error",
-             "-f",
-             "lavfi",
-             "-i",
-             "testsrc=size=64x36:rate=25:duration=1",
-             "-f",
-             "lavfi",
-             "-i",
-             "anoisesrc=duration=1:sample_rate=48000:amplitude=0.4,pan=5.1|c0=c0|c1=c0|c2=c0|c3=c0|"
-             "c4=c0|c5=c0",
-             "-c:v",
-             "libx264",
-             "-bf",
-             "2",
-             "-pix_fmt",
-             "yuv420p",
-             "-c:a",
-             "ac3",
-             (folder / "raw.mkv").string()});
+    ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=1", "-f", "lavfi", "-i",
+            "anoisesrc=duration=1:sample_rate=48000:amplitude=0.4,pan=5.1|c0=c0|c1=c0|c2=c0|c3=c0|"
+            "c4=c0|c5=c0",
+            "-c:v", "libx264", "-bf", "2", "-pix_fmt", "yuv420p", "-c:a", "ac3",
+            (folder / "raw.mkv").string()});
     folder.write("s.srt", std::string_view("1\n00:00:00,200 --> 00:00:00,800\nHello\n"));
     folder.write("c.txt", std::string_view("CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\n"
                                            "CHAPTER02=00:00:00.500\nCHAPTER02NAME=Two\n"));

@@ -12,14 +12,10 @@
 // Real Matroska files, made by FFmpeg and mkvmerge.
 namespace marlet::test {
 
-/// mkvmerge with these arguments behind the output. It ends with 1 when it only warned, and aborts
-/// where the locale of the environment is missing.
+/// mkvmerge's file of these arguments, opened.
 inline std::unique_ptr<MKVFile> merge(const std::filesystem::path& file,
                                       const std::vector<std::string>& arguments) {
-    std::string command = "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]";
-    std::vector<std::string> all{"sh", "-c", command, file.string()};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    runTool(all);
+    mkvmerge(file, arguments);
     return MKVFile::open(file);
 }
 

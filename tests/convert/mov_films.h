@@ -13,7 +13,7 @@ namespace marlet::test {
 /// file as 3, and these arguments; what it made.
 inline Bytes movFilm(const std::vector<std::string>& arguments, const std::string& input = "") {
     const TempFolder folder;
-    std::vector<std::string> line = {"ffmpeg", "-v", "error", "-y", "-nostdin", "-bitexact"};
+    std::vector<std::string> line = {"-bitexact"};
     for (const char* source : {"testsrc2=size=64x36:rate=25:duration=2",
                                "sine=frequency=440:sample_rate=48000:duration=2",
                                "sine=frequency=220:sample_rate=48000:duration=2"})
@@ -21,7 +21,7 @@ inline Bytes movFilm(const std::vector<std::string>& arguments, const std::strin
     if (!input.empty()) line.insert(line.end(), {"-i", input});
     line.insert(line.end(), arguments.begin(), arguments.end());
     line.insert(line.end(), {"-f", "mov", (folder / "film.mov").string()});
-    runTool(line);
+    ffmpeg(line);
     return readFile(folder / "film.mov");
 }
 

@@ -121,8 +121,7 @@ TEST_P(PCMToWAV, SixteenBitsPassUnchanged) {
     makeTones(job_->in("film.mkv"), {.encoder = {"-c:a", "pcm_s16be"}, .seconds = 1});
     converted(job_->in("film.mkv"));
     const auto samples = [&](const std::string& name) {
-        return runTool({"ffmpeg", "-v", "error", "-i", job_->in(name).string(), "-f", "md5", "-c:a",
-                        "pcm_s16le", "-"});
+        return ffmpeg({"-i", job_->in(name).string(), "-f", "md5", "-c:a", "pcm_s16le", "-"});
     };
     EXPECT_EQ(samples("t.wav"), samples("film.mkv"));
 }

@@ -21,8 +21,7 @@ void writeWAV(const fs::path& file, const Frames& frames, std::uint32_t rate = 4
 
 /// A FLAC file's samples, as FFmpeg decodes them.
 std::vector<std::int16_t> samplesOf(const fs::path& flac) {
-    const std::string bytes =
-        runTool({"ffmpeg", "-v", "error", "-i", flac.string(), "-f", "s16le", "-"});
+    const std::string bytes = ffmpeg({"-i", flac.string(), "-f", "s16le", "-"});
     std::vector<std::int16_t> samples(bytes.size() / 2);
     std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
     return samples;

@@ -29,8 +29,8 @@ Bytes changedFilm(const std::string& stream, const std::string& filter) {
     const TempFolder folder;
     const std::string source = folder.write("s.mkv", plainFilm()).string();
     const fs::path made = folder / "changed.mkv";
-    runTool({"ffmpeg", "-v", "error", "-i", source, "-map", "0:v", "-map", "0:a", "-c", "copy",
-             "-bsf:" + stream, filter, made.string()});
+    ffmpeg({"-i", source, "-map", "0:v", "-map", "0:a", "-c", "copy", "-bsf:" + stream, filter,
+            made.string()});
     return readFile(made);
 }
 

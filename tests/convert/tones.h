@@ -34,12 +34,12 @@ inline void makeTones(const std::filesystem::path& file, const Tones& sound = {}
     for (int i = 0; i < sound.channels; i++)
         channels += (i > 0 ? "|" : "") + std::to_string(silent(sound, i) ? 0 : sound.amplitude) +
                     "*sin(2*PI*" + std::to_string(tones[i]) + "*t)";
-    std::vector<std::string> command{"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i"};
+    std::vector<std::string> command{"-f", "lavfi", "-i"};
     command.push_back("aevalsrc='" + channels + "':s=" + std::to_string(sound.rate) +
                       ":c=" + sound.layout + ":d=" + std::to_string(sound.seconds));
     command.insert(command.end(), sound.encoder.begin(), sound.encoder.end());
     command.push_back(file.string());
-    runTool(command);
+    ffmpeg(command);
 }
 
 /// Sound as FFmpeg decodes it.
@@ -79,8 +79,8 @@ inline Heard heard(const std::filesystem::path& file, const std::string& stream 
     };
     sound.channels = value("channels=");
     sound.rate = value("sample_rate=");
-    const std::string bytes = runTool(
-        {"ffmpeg", "-v", "error", "-i", file.string(), "-map", "0:" + stream, "-f", "f32le", "-"});
+    const std::string bytes =
+        ffmpeg({"-i", file.string(), "-map", "0:" + stream, "-f", "f32le", "-"});
     sound.samples.resize(bytes.size() / sizeof(float));
     std::memcpy(sound.samples.data(), bytes.data(), sound.samples.size() * sizeof(float));
     return sound;

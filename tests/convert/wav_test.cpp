@@ -143,8 +143,8 @@ TEST_F(WAVHeader, OfAFileThatIsNotThereIsRefusedWithTheSystemsWords) {
 
 TEST_F(WAVHeader, OfARealFileIsRead) {
     const auto file = folder_ / "real.wav";
-    runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "anullsrc=r=48000:cl=7.1", "-t", "0.1",
-             "-c:a", "pcm_s16le", file});
+    ffmpeg(
+        {"-f", "lavfi", "-i", "anullsrc=r=48000:cl=7.1", "-t", "0.1", "-c:a", "pcm_s16le", file});
     const WAV wav = AudioConvert::readWAVHeader(file);
     EXPECT_EQ(wav.channels, 8);
     EXPECT_EQ(wav.sampleRate, 48000);

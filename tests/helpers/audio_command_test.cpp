@@ -87,9 +87,8 @@ TEST(AudioCommand, FFmpegOpensFilesOnlyAndAsksNothing) {
 TEST(AudioProgram, EveryStepOfAFilmsSound) {
     const TempFolder folder;
     const auto in = [&](const char* name) { return (folder / name).string(); };
-    runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=440:d=1:r=96000", "-f", "lavfi",
-             "-i", "color=s=16x16:d=1", "-ac", "6", "-c:a", "flac", "-metadata", "title=A film",
-             in("film.mkv")});
+    ffmpeg({"-f", "lavfi", "-i", "sine=440:d=1:r=96000", "-f", "lavfi", "-i", "color=s=16x16:d=1",
+            "-ac", "6", "-c:a", "flac", "-metadata", "title=A film", in("film.mkv")});
     EXPECT_EQ(
         Launch({"-i", in("film.mkv"), "ffdec", "resample:osfmt=s16", "-o", in("96.wav")}).status,
         0);
@@ -101,11 +100,11 @@ TEST(AudioProgram, EveryStepOfAFilmsSound) {
         0);
     EXPECT_EQ(probeValue(in("48.wav"), "stream=sample_rate,channels"), "48000\n6");
     EXPECT_EQ(probeValue(in("48.wav"), "format_tags=title"), "");
-    runTool({"ffmpeg", "-v", "error", "-i", in("48.wav"), in("48.flac")});
+    ffmpeg({"-i", in("48.wav"), in("48.flac")});
     EXPECT_EQ(
         Launch({"-i", in("48.flac"), "ffdec", "ffenc:c=ac3:b=640k", "-o", in("48.ac3")}).status, 0);
     EXPECT_EQ(probeValue(in("48.ac3"), "stream=codec_name,channels,bit_rate"), "ac3\n6\n640000");
-    runTool({"ffmpeg", "-v", "error", "-i", in("48.wav"), "-ac", "2", in("2.wav")});
+    ffmpeg({"-i", in("48.wav"), "-ac", "2", in("2.wav")});
     const std::string m4a = in("2:odd.m4a");
     EXPECT_EQ(Launch({"-i", in("2.wav"), "ffenc:c=aac:b=192k", "-o", m4a + ":store=flat"}).status,
               0);
@@ -134,7 +133,7 @@ TEST(AudioProgram, AFailureIsALineAndAStatus) {
 TEST(AudioProgram, AListOfOtherFilesIsNotFollowed) {
     const TempFolder folder;
     const std::string other = (folder / "other.wav").string();
-    runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "sine=440:d=1", other});
+    ffmpeg({"-f", "lavfi", "-i", "sine=440:d=1", other});
     const std::string out = (folder / "out.wav").string();
     for (const std::string& entry : {other, std::string("http://127.0.0.1:9/other.wav")}) {
         const std::string list =

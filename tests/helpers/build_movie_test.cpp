@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <regex>
 #include <sstream>
 
 #include "foundation/errors.h"
@@ -32,19 +31,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
-
-void ffmpeg(const std::vector<std::string>& arguments) {
-    std::vector<std::string> line = {"ffmpeg", "-y", "-v", "error", "-nostdin", "-bitexact"};
-    line.insert(line.end(), arguments.begin(), arguments.end());
-    runTool(line);
-}
-
-void mkvmerge(const fs::path& out, const std::vector<std::string>& arguments) {
-    std::vector<std::string> line = {
-        "sh", "-c", "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]", out.string()};
-    line.insert(line.end(), arguments.begin(), arguments.end());
-    runTool(line);
-}
 
 const char* const lines =
     "1\n00:00:00,500 --> 00:00:01,000\n<i>Hallo</i> Welt\n\n"
@@ -125,8 +111,7 @@ std::vector<std::string> split(const std::string& text) {
 /// Without "1,a,": the number of a stream and its kind.
 std::string hashOf(const fs::path& film, const std::string& stream) {
     const std::string line =
-        runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", film.string(), "-map", "0:" + stream,
-                 "-c", "copy", "-f", "streamhash", "-"});
+        ffmpeg({"-i", film.string(), "-map", "0:" + stream, "-c", "copy", "-f", "streamhash", "-"});
     return line.substr(line.find('='));
 }
 
@@ -162,14 +147,6 @@ std::string streamValues(const fs::path& film, const std::string& entries) {
         if (!line.empty()) text += line + "\n";
     }
     return text;
-}
-
-/// The film's subtitles as FFmpeg shows them, without fonts.
-std::string shownLines(const fs::path& film, const std::string& stream) {
-    std::string text = runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", film.string(), "-map",
-                                "0:" + stream, "-f", "srt", "-"});
-    std::erase(text, '\r');
-    return std::regex_replace(text, std::regex("</?font[^>]*>"), "");
 }
 
 /// What a decoder has to say about the film; FFmpeg stops at the first error.

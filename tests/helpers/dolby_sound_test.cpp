@@ -112,15 +112,11 @@ TEST(DolbySound, DescribesWhatFFmpegEncodesAsFFmpegDoes) {
         for (const std::string channels : {"1", "2", "6"}) {
             const auto film = folder / (codec + channels + ".mp4");
             const auto raw = folder / (codec + channels + ".raw");
-            runTool({"ffmpeg",      "-y",       "-v",
-                     "error",       "-nostdin", "-f",
-                     "lavfi",       "-i",       "sine=sample_rate=48000:duration=1",
-                     "-c:a",        codec,      "-ac",
-                     channels,      "-map",     "0",
-                     film.string(), "-c:a",     codec,
-                     "-ac",         channels,   "-map",
-                     "0",           "-f",       codec,
-                     raw.string()});
+            ffmpeg({"-f",   "lavfi", "-i",          "sine=sample_rate=48000:duration=1",
+                    "-c:a", codec,   "-ac",         channels,
+                    "-map", "0",     film.string(), "-c:a",
+                    codec,  "-ac",   channels,      "-map",
+                    "0",    "-f",    codec,         raw.string()});
             const Bytes frames = readFile(raw);
             const auto head = DolbySound::frame(frames);
             ASSERT_TRUE(head);

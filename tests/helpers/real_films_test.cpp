@@ -61,10 +61,9 @@ void expectSameTimes(const fs::path& a, const fs::path& b, const std::vector<std
 fs::path make(const TempFolder& folder, const std::string& name,
               const std::vector<std::string>& arguments) {
     const fs::path film = folder / name;
-    std::vector<std::string> line = {"ffmpeg", "-y", "-v", "error", "-nostdin"};
-    line.insert(line.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> line = arguments;
     line.push_back(film.string());
-    runTool(line);
+    ffmpeg(line);
     return film;
 }
 
@@ -207,10 +206,8 @@ TEST(RealFilms, OfQuickTimeWithUncompressedSound) {
               "-c:v", "libx264",   "-preset",   "ultrafast",
               "-c:a", "pcm_s16le", "-timecode", "01:00:00:00"});
     const fs::path out = judged(folder, film, spoiled(film));
-    EXPECT_EQ(runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", out.string(), "-map", "0:a", "-f",
-                       "hash", "-"}),
-              runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", film.string(), "-map", "0:a",
-                       "-f", "hash", "-"}));
+    EXPECT_EQ(ffmpeg({"-i", out.string(), "-map", "0:a", "-f", "hash", "-"}),
+              ffmpeg({"-i", film.string(), "-map", "0:a", "-f", "hash", "-"}));
 }
 
 TEST(RealFilms, LoseATrackAndKeepTheOthersPackets) {

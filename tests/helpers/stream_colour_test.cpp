@@ -22,10 +22,9 @@ MKVTrack encoded(const std::string& encoder, const std::string& parameters,
     const TempFolder folder;
     const std::string film = (folder / "film.mkv").string();
     const bool isAVC = encoder == "libx264";
-    runTool({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
-             "testsrc2=rate=25:duration=0.4:size=" + size, "-c:v", encoder, "-preset", "ultrafast",
-             "-pix_fmt", pixels, isAVC ? "-x264-params" : "-x265-params",
-             (isAVC ? "threads=1:" : "log-level=none:pools=1:") + parameters, film});
+    ffmpeg({"-f", "lavfi", "-i", "testsrc2=rate=25:duration=0.4:size=" + size, "-c:v", encoder,
+            "-preset", "ultrafast", "-pix_fmt", pixels, isAVC ? "-x264-params" : "-x265-params",
+            (isAVC ? "threads=1:" : "log-level=none:pools=1:") + parameters, film});
     return MKVFile::open(film)->tracks().front();
 }
 

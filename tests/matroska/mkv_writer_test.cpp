@@ -198,8 +198,8 @@ TEST(MKVWriter, AFailedWriteIsPassedOn) {
 TEST(MKVWriter, OtherProgramsReadTheFile) {
     const TempFolder folder;
     const auto source = folder / "source.mkv";
-    runTool({"ffmpeg", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
-             "sine=sample_rate=48000:duration=7", "-c:a", "ac3", source.string()});
+    ffmpeg(
+        {"-f", "lavfi", "-i", "sine=sample_rate=48000:duration=7", "-c:a", "ac3", source.string()});
     const auto from = MKVFile::open(source);
     const auto target = folder / "target.mkv";
     MKVWriter::SoundFile file(target, from->tracks()[0]);

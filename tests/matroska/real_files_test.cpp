@@ -15,12 +15,6 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-/// Without a locale of this machine mkvmerge does not start.
-void runMkvTool(Strings arguments) {
-    arguments.insert(arguments.begin(), {"env", "LC_ALL=C.UTF-8"});
-    runTool(arguments);
-}
-
 /// The sources are the same for all tests of this program: made once.
 const TempFolder& sources() {
     static const TempFolder folder;
@@ -28,53 +22,49 @@ const TempFolder& sources() {
         folder.write("a.srt",
                      "1\n00:00:00,500 --> 00:00:01,500\nOne line\n\n2\n00:00:02,000 --> "
                      "00:00:02,750\nAnother line\n\n");
-        runTool({"ffmpeg",
-                 "-v",
-                 "error",
-                 "-nostdin",
-                 "-f",
-                 "lavfi",
-                 "-i",
-                 "testsrc2=size=64x36:rate=25:duration=3",
-                 "-f",
-                 "lavfi",
-                 "-i",
-                 "sine=sample_rate=48000:duration=3",
-                 "-i",
-                 (folder / "a.srt").string(),
-                 "-map",
-                 "0",
-                 "-map",
-                 "0",
-                 "-map",
-                 "1",
-                 "-map",
-                 "1",
-                 "-map",
-                 "1",
-                 "-map",
-                 "2",
-                 "-c:v:0",
-                 "libx264",
-                 "-bf",
-                 "2",
-                 "-preset",
-                 "ultrafast",
-                 "-c:v:1",
-                 "mpeg4",
-                 "-c:a:0",
-                 "aac",
-                 "-c:a:1",
-                 "ac3",
-                 "-c:a:2",
-                 "libmp3lame",
-                 "-c:s",
-                 "srt",
-                 "-metadata:s:a:1",
-                 "language=ger",
-                 "-metadata:s:a:1",
-                 "title=Kommentar",
-                 (folder / "source.mkv").string()});
+        ffmpeg({"-f",
+                "lavfi",
+                "-i",
+                "testsrc2=size=64x36:rate=25:duration=3",
+                "-f",
+                "lavfi",
+                "-i",
+                "sine=sample_rate=48000:duration=3",
+                "-i",
+                (folder / "a.srt").string(),
+                "-map",
+                "0",
+                "-map",
+                "0",
+                "-map",
+                "1",
+                "-map",
+                "1",
+                "-map",
+                "1",
+                "-map",
+                "2",
+                "-c:v:0",
+                "libx264",
+                "-bf",
+                "2",
+                "-preset",
+                "ultrafast",
+                "-c:v:1",
+                "mpeg4",
+                "-c:a:0",
+                "aac",
+                "-c:a:1",
+                "ac3",
+                "-c:a:2",
+                "libmp3lame",
+                "-c:s",
+                "srt",
+                "-metadata:s:a:1",
+                "language=ger",
+                "-metadata:s:a:1",
+                "title=Kommentar",
+                (folder / "source.mkv").string()});
         return true;
     }();
     EXPECT_TRUE(made);
@@ -84,9 +74,8 @@ const TempFolder& sources() {
 /// mkvmerge's file of the source with these arguments.
 std::filesystem::path merged(const TempFolder& folder, Strings arguments) {
     const auto file = folder / "merged.mkv";
-    arguments.insert(arguments.begin(), {"mkvmerge", "-q", "-o", file.string()});
     arguments.push_back((sources() / "source.mkv").string());
-    runMkvTool(arguments);
+    mkvmerge(file, arguments);
     return file;
 }
 
@@ -204,8 +193,8 @@ TEST(RealMatroska, CompressedTracksAndStrippedHeadersAreUndone) {
 TEST(RealMatroska, AFileThatWasWrittenIntoAPipeIsRead) {
     const TempFolder folder;
     const auto file = folder / "live.mkv";
-    runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", (sources() / "source.mkv").string(), "-map",
-             "0", "-c", "copy", "-live", "1", "-f", "matroska", file.string()});
+    ffmpeg({"-i", (sources() / "source.mkv").string(), "-map", "0", "-c", "copy", "-live", "1",
+            "-f", "matroska", file.string()});
     const auto opened = MKVFile::open(file);
     ASSERT_TRUE(opened);
     EXPECT_EQ(opened->segmentEnd(), std::filesystem::file_size(file));
@@ -223,7 +212,7 @@ TEST(RealMatroska, ChaptersAreReadWhereverTheyStand) {
 
     const auto back = folder / "back.mkv";
     std::filesystem::copy_file(sources() / "source.mkv", back);
-    runMkvTool({"mkvpropedit", "-q", back.string(), "--chapters", list.string()});
+    mkvpropedit(back, {"--chapters", list.string()});
     const auto opened = MKVFile::open(back);
     EXPECT_EQ(opened->chapters(), expected);
     expectSamePackets(back);

@@ -114,8 +114,8 @@ TEST(RealFiles, ChaptersOfFFmpegAreRead) {
     RealMovie movie;
     movie.soundTracks = 1;
     makeMovie(folder / "plain.mp4", movie);
-    runTool({"ffmpeg", "-v", "error", "-i", (folder / "plain.mp4").string(), "-i", list.string(),
-             "-map", "0", "-map_chapters", "1", "-c", "copy", (folder / "film.mp4").string()});
+    ffmpeg({"-i", (folder / "plain.mp4").string(), "-i", list.string(), "-map", "0",
+            "-map_chapters", "1", "-c", "copy", (folder / "film.mp4").string()});
     const MP4Summary summary = summaryOf(folder / "film.mp4", Detail::Yes);
     EXPECT_EQ(summary.chpl, (std::vector<Chapter>{{0, "One"}, {1000, "Two"}}));
     EXPECT_EQ(summary.tracks[0].chapRefs.size(), 1U);

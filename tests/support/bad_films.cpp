@@ -78,7 +78,7 @@ const std::vector<BadFilm>& badFilms() {
 
 void makeBadFilm(const BadFilm& film, const fs::path& file) {
     const TempFolder folder;
-    std::vector<std::string> arguments = {"ffmpeg", "-y", "-v", "error", "-nostdin"};
+    std::vector<std::string> arguments;
     for (std::size_t i = 0; i < film.inputs.size(); i++) {
         if (i > 0 && film.soundStart > 0)
             arguments = with(arguments, {"-itsoffset", std::to_string(film.soundStart)});
@@ -93,7 +93,7 @@ void makeBadFilm(const BadFilm& film, const fs::path& file) {
     arguments = with(arguments, {"-metadata", "title=Old"});
     if (film.layout == BadFilm::Layout::longChunks)
         arguments = with(arguments, {"-chunk_duration", "4000000"});  // microseconds
-    runTool(with(arguments, {file.string()}));
+    ffmpeg(with(arguments, {file.string()}));
     if (film.layout == BadFilm::Layout::soundBehindPicture)
         writeFile(file, storedTrackByTrack(readFile(file)));
 }

@@ -1,5 +1,7 @@
 #include "support/bundle.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <regex>
 #include <stdexcept>
@@ -67,6 +69,12 @@ void Bundle::putScript(const std::string& script) const {
     fs::remove(tool);
     writeFile(tool, viewOf("#!/bin/sh\n" + script + "\n"));
     fs::permissions(tool, fs::perms::owner_all);
+}
+
+Bundle::Tools toolsOrSkip(Bundle::Tools tools) {
+    if (tools != Bundle::Tools::gpac || gpacOnPath()) return tools;
+    [] { GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH"; }();
+    return Bundle::Tools::none;
 }
 
 }  // namespace marlet::test

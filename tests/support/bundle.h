@@ -27,4 +27,8 @@ private:
     TempFolder folder_;
 };
 
+/// For the members of a fixture: these tools, or none and a skipped test where they would be a GPAC
+/// that isn't there. Neither `SetUp` nor the test are run then.
+Bundle::Tools toolsOrSkip(Bundle::Tools tools);
+
 }  // namespace marlet::test

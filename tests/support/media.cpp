@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -95,14 +96,22 @@ void addMetadata(const RealMovie& movie, std::vector<std::string>& arguments) {
 }
 
 void writeMovie(const std::filesystem::path& file, const RealMovie& movie, std::size_t moovSize) {
-    std::vector<std::string> arguments = {"ffmpeg", "-y", "-v", "error", "-nostdin"};
+    std::vector<std::string> arguments;
     addInputs(movie, arguments);
     addTracks(movie, arguments);
     addMetadata(movie, arguments);
     if (moovSize > 0) arguments.insert(arguments.end(), {"-moov_size", std::to_string(moovSize)});
     arguments.insert(arguments.end(), movie.extraArguments.begin(), movie.extraArguments.end());
     arguments.push_back(file.string());
-    runTool(arguments);
+    ffmpeg(arguments);
+}
+
+/// A tool of mkvtoolnix, which aborts where the locale of the environment is missing, and ends with
+/// 1 when it only warned.
+void runMkvTool(std::vector<std::string> command, const std::vector<std::string>& arguments) {
+    command.insert(command.begin(), {"sh", "-c", "LC_ALL=C.UTF-8 \"$0\" -q \"$@\"; [ $? -lt 2 ]"});
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    runTool(command);
 }
 
 std::size_t moovSizeOf(const std::filesystem::path& file) {
@@ -133,6 +142,20 @@ std::string runTool(const std::vector<std::string>& arguments) {
     return output;
 }
 
+std::string ffmpeg(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = {"ffmpeg", "-y", "-v", "error", "-nostdin"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return runTool(command);
+}
+
+void mkvmerge(const std::filesystem::path& file, const std::vector<std::string>& arguments) {
+    runMkvTool({"mkvmerge", "-o", file.string()}, arguments);
+}
+
+void mkvpropedit(const std::filesystem::path& file, const std::vector<std::string>& arguments) {
+    runMkvTool({"mkvpropedit", file.string()}, arguments);
+}
+
 std::vector<Bytes> accountItems() {
     return {textItem("apID", "person@example.com"), textItem("ownr", "A Person"),
             textItem("purd", "2011-04-05 06:07:08"), tagItem("akID", 21, Bytes{0})};
@@ -149,18 +172,28 @@ void makeMovie(const std::filesystem::path& file, const RealMovie& movie) {
 }
 
 std::vector<std::string> packetHashes(const std::filesystem::path& file) {
-    std::istringstream lines(runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", file.string(),
-                                      "-map", "0", "-c", "copy", "-f", "streamhash", "-"}));
+    std::istringstream lines(
+        ffmpeg({"-i", file.string(), "-map", "0", "-c", "copy", "-f", "streamhash", "-"}));
     std::vector<std::string> hashes;
     for (std::string line; std::getline(lines, line);) hashes.push_back(line);
     return hashes;
 }
 
-std::string probeValue(const std::filesystem::path& file, const std::string& entry) {
-    std::string text = runTool({"ffprobe", "-v", "error", "-show_entries", entry, "-of",
-                                "default=nw=1:nk=1", file.string()});
+std::string probeValue(const std::filesystem::path& file, const std::string& entry,
+                       const std::string& stream) {
+    std::vector<std::string> command = {
+        "ffprobe", "-v", "error", "-show_entries", entry, "-of", "default=nw=1:nk=1"};
+    if (!stream.empty()) command.insert(command.end(), {"-select_streams", stream});
+    command.push_back(file.string());
+    std::string text = runTool(command);
     while (!text.empty() && text.back() == '\n') text.pop_back();
     return text;
+}
+
+std::string shownLines(const std::filesystem::path& film, const std::string& stream) {
+    std::string text = ffmpeg({"-i", film.string(), "-map", "0:" + stream, "-f", "srt", "-"});
+    std::erase(text, '\r');
+    return std::regex_replace(text, std::regex("</?font[^>]*>"), "");
 }
 
 }  // namespace marlet::test

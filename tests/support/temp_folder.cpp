@@ -83,6 +83,15 @@ void writeFile(const fs::path& file, ByteView content) {
     if (!out) throw std::runtime_error("cannot write " + file.string());
 }
 
+std::vector<std::string> namesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    std::error_code failed;
+    for (fs::directory_iterator each(folder, failed), end; !failed && each != end;
+         each.increment(failed))
+        names.push_back(each->path().filename().string());
+    return names;
+}
+
 fs::path builtProgram(const std::string& name) {
     return fs::path(MARLET_BINARY_DIR) / name;
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/bytes.h"
 
@@ -57,6 +58,8 @@ private:
 
 Bytes readFile(const std::filesystem::path& file);
 void writeFile(const std::filesystem::path& file, ByteView content);
+/// What a folder holds; nothing where it isn't there, or vanishes meanwhile.
+std::vector<std::string> namesIn(const std::filesystem::path& folder);
 
 /// A program or folder of this build and this source tree.
 std::filesystem::path builtProgram(const std::string& name);

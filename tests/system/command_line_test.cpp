@@ -262,8 +262,8 @@ TEST_F(CommandLine, ATagAndAScanInOneCommandOnlyTag) {
 
 TEST_F(CommandLine, AnMkvThatCanNotBeConvertedIsRefusedInWordsAndStaysAsItIs) {
     const fs::path file = run_.library() / "Charade (1963).mkv";
-    runTool({"ffmpeg", "-y", "-v", "error", "-nostdin", "-f", "lavfi", "-i",
-             "testsrc2=size=64x36:rate=25:duration=1", "-c:v", "mpeg2video", file.string()});
+    ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=64x36:rate=25:duration=1", "-c:v", "mpeg2video",
+            file.string()});
     const Bytes before = readFile(file);
     EXPECT_THAT(tag(file, {"--confirm-all"}).lines("NOTICE"),
                 ElementsAre("NOTICE Not added: Charade (1963).mkv: MPEG-2 video: not an Apple TV "

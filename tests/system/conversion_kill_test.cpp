@@ -35,15 +35,6 @@ using Tools = Bundle::Tools;
 constexpr int killsEach = 30;
 constexpr int killsOfGpac = 15;  // its tools take a while to start
 
-std::vector<std::string> namesIn(const fs::path& folder) {
-    std::vector<std::string> names;
-    std::error_code failed;
-    for (fs::directory_iterator each(folder, failed), end; !failed && each != end;
-         each.increment(failed))
-        names.push_back(each->path().filename().string());
-    return names;
-}
-
 bool holdsPart(const fs::path& folder) {
     for (const std::string& name : namesIn(folder))
         if (name.find(".part") != std::string::npos) return true;
@@ -71,10 +62,6 @@ bool proves() {
 class KilledConversion : public testing::TestWithParam<std::tuple<Tools, unsigned>> {
 protected:
     void SetUp() override {
-        const Tools tools = std::get<0>(GetParam());
-        if (tools == Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-        bundle_ = std::make_unique<Bundle>(tools);
         // Some megabytes, so that saving takes a while.
         writeFile(source_, filmToConvert({.quantiser = 6}));
         bytes_ = readFile(source_);
@@ -86,7 +73,7 @@ protected:
                                                      .dump());
     }
     std::unique_ptr<Process> start(const std::string& argument) const {
-        return std::make_unique<Process>(bundle_->program("one_job"),
+        return std::make_unique<Process>(bundle_.program("one_job"),
                                          std::vector<std::string>{argument});
     }
     void killAt(const std::function<bool()>& moment, Seconds behindIt) const {
@@ -110,7 +97,7 @@ protected:
     fs::path output_ = folder_ / "output";
     fs::path made_ = output_ / "Charade.m4v";
     fs::path request_;
-    std::unique_ptr<Bundle> bundle_;
+    Bundle bundle_{toolsOrSkip(std::get<0>(GetParam()))};
     Bytes bytes_;
     fs::file_time_type date_;
 };

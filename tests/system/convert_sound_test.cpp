@@ -6,20 +6,16 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <memory>
-#include <nlohmann/json.hpp>
 
 #include "convert/tones.h"
 #include "mp4/sound_layout.h"
-#include "support/bundle.h"
+#include "system/conversion_run.h"
 #include "system/film_readers.h"
-#include "system/program_run.h"
 
 namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
 using Strings = std::vector<std::string>;
 using Tools = Bundle::Tools;
 
@@ -103,23 +99,21 @@ fs::path picture() {
     static const TempFolder folder;
     const fs::path file = folder / "v.mp4";
     if (!fs::exists(file))
-        runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i",
-                 "testsrc=size=64x36:rate=25:duration=2", "-c:v", "libx264", "-bf", "2", "-pix_fmt",
-                 "yuv420p", file.string()});
+        ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=2", "-c:v", "libx264",
+                "-bf", "2", "-pix_fmt", "yuv420p", file.string()});
     return file;
 }
 
 /// mkvmerge laces what it may; FFmpeg tells nothing of lengths and delays of most kinds.
 void mergeByMkvmerge(const fs::path& film, const std::vector<Sound>& sounds) {
-    Strings words = {"sh", "-c", "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]",
-                     film.string(), picture().string()};
+    Strings words = {picture().string()};
     for (std::size_t i = 0; i < sounds.size(); i++)
         words.insert(words.end(), {"--language", "0:" + languages[i], partOf(sounds[i]).string()});
-    runTool(words);
+    mkvmerge(film, words);
 }
 
 void mergeByFFmpeg(const fs::path& film, const std::vector<Sound>& sounds) {
-    Strings words = {"ffmpeg", "-v", "error", "-nostdin", "-i", picture().string()};
+    Strings words = {"-i", picture().string()};
     for (const Sound& sound : sounds) words.insert(words.end(), {"-i", partOf(sound).string()});
     words.insert(words.end(), {"-map", "0", "-c", "copy"});
     for (std::size_t i = 0; i < sounds.size(); i++)
@@ -127,7 +121,7 @@ void mergeByFFmpeg(const fs::path& film, const std::vector<Sound>& sounds) {
                      {"-map", std::to_string(i + 1), "-metadata:s:a:" + std::to_string(i),
                       "language=" + languages[i]});
     words.push_back(film.string());
-    runTool(words);
+    ffmpeg(words);
 }
 
 /// What is to become of a film's sounds, in order.
@@ -202,49 +196,15 @@ void expectMix(const Heard& made, const Heard& source, bool isSurround) {
     }
 }
 
-struct Packet {
-    double time = 0;
-    std::string hash;
-};
-
-std::vector<Packet> packetsOf(const fs::path& film, const std::string& stream) {
-    const json told = json::parse(runTool(
-        {"ffprobe", "-v", "error", "-select_streams", stream, "-show_packets", "-show_data_hash",
-         "sha256", "-show_entries", "packet=pts_time,data_hash", "-of", "json", film.string()}));
-    std::vector<Packet> packets;
-    for (const json& each : told.at("packets"))
-        packets.push_back(
-            {std::stod(each.at("pts_time").get<std::string>()), each.at("data_hash")});
-    return packets;
-}
-
-double pictureStart(const fs::path& film) {
-    const auto packets = packetsOf(film, "v:0");
-    return std::ranges::min_element(packets, {}, &Packet::time)->time;
-}
-
 class SoundConversion : public testing::TestWithParam<std::tuple<Tools, std::string, std::string>> {
 protected:
     void SetUp() override {
-        const Tools tools = std::get<0>(GetParam());
-        if (tools == Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-        bundle_ = std::make_unique<Bundle>(tools);
-        run_.programs = bundle_->program("one_job").parent_path();
         if (std::get<1>(GetParam()) == "mkvmerge")
             mergeByMkvmerge(source_, sounds_);
         else
             mergeByFFmpeg(source_, sounds_);
-        const fs::path request = output_ / "request.json";
-        writeFile(request,
-                  viewOf(json{{"mode", "convert"},
-                              {"file", source_.string()},
-                              {"outputDir", (output_ / "new").string()},
-                              {"keepLanguages",
-                               Strings(languages.begin(), languages.begin() + std::ssize(sounds_))},
-                              {"details", {{"title", "Charade"}}}}
-                             .dump()));
-        const auto result = run_.oneJob({request.string()});
+        const auto result =
+            film_.convertKeeping({languages.begin(), languages.begin() + std::ssize(sounds_)});
         ASSERT_EQ(result.lines("RESULT done: ").size(), 1U) << result.output;
     }
 
@@ -252,8 +212,8 @@ protected:
         const auto before = packetsOf(source_, "a:" + std::to_string(wanted.source));
         const auto after = packetsOf(made_, stream);
         ASSERT_EQ(before.size(), after.size());
-        const double from = pictureStart(source_);
-        const double to = pictureStart(made_);
+        const double from = startOf(packetsOf(source_, "v:0"));
+        const double to = startOf(packetsOf(made_, "v:0"));
         for (std::size_t i = 0; i < before.size(); i++) {
             EXPECT_EQ(before[i].hash, after[i].hash) << i;
             EXPECT_NEAR(before[i].time - from, after[i].time - to, 0.0025) << i;
@@ -266,30 +226,26 @@ protected:
         return found->second;
     }
 
-    ProgramRun run_;
-    TempFolder output_;
-    std::unique_ptr<Bundle> bundle_;
+    ConversionRun film_{std::get<0>(GetParam())};
+    const std::vector<Sound> sounds_ = films().at(std::get<2>(GetParam()));
+    const fs::path source_ = film_.source();
+    const fs::path made_ = film_.made();
     std::map<std::size_t, Heard> before_;
-    std::vector<Sound> sounds_ = films().at(std::get<2>(GetParam()));
-    fs::path source_ = run_.library() / "Charade (1963).mkv";
-    fs::path made_ = output_ / "new" / "Charade (1963).m4v";
 };
 
 TEST_P(SoundConversion, IsHeardAsItsSource) {
-    const json told = json::parse(runTool({"ffprobe", "-v", "error", "-show_streams",
-                                           "-select_streams", "a", "-of", "json", made_.string()}));
-    const json& streams = told.at("streams");
+    const std::vector<Stream> streams = streamsOf(made_, "a");
     const std::vector<Wanted> wanted = wantedOf(sounds_);
     ASSERT_EQ(streams.size(), wanted.size());
     for (std::size_t i = 0; i < wanted.size(); i++) {
         const Sound& source = sounds_[wanted[i].source];
         SCOPED_TRACE(source.name() + " as " + wanted[i].codec);
-        const json& stream = streams[i];
-        EXPECT_EQ(stream.at("codec_name"), wanted[i].codec);
-        EXPECT_EQ(stream.at("channels"), wanted[i].channels);
-        EXPECT_EQ(stream.at("tags").at("language"), languages[wanted[i].source]);
-        EXPECT_EQ(stream.at("disposition").at("default"), i == 0 ? 1 : 0);
-        EXPECT_NEAR(std::stod(stream.at("duration").get<std::string>()), 2, 0.15);
+        const Stream& stream = streams[i];
+        EXPECT_EQ(stream.codec, wanted[i].codec);
+        EXPECT_EQ(stream.channels, wanted[i].channels);
+        EXPECT_EQ(stream.language, languages[wanted[i].source]);
+        EXPECT_EQ(stream.isDefault, i == 0);
+        EXPECT_NEAR(stream.duration, 2, 0.15);
         const std::string place = "a:" + std::to_string(i);
         if (wanted[i].isCopy)
             expectCopy(wanted[i], place);

@@ -6,32 +6,25 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <memory>
-#include <nlohmann/json.hpp>
 
-#include "foundation/text.h"
 #include "mp4/sound_layout.h"
-#include "support/bundle.h"
 #include "support/media.h"
-#include "system/program_run.h"
+#include "system/conversion_run.h"
+#include "system/film_readers.h"
 
 namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using Tools = Bundle::Tools;
 
 constexpr const char* lines = "1\n00:00:00,500 --> 00:00:01,500\nHello, it's me\n";
 constexpr const char* chapters =
     "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One: the \"start\"\n"
     "CHAPTER02=00:00:01.250\nCHAPTER02NAME=Zwei Ä\n";
-
-void ffmpeg(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"ffmpeg", "-v", "error", "-y"});
-    runTool(arguments);
-}
 
 /// Picture, AC3 5.1 (English), FLAC 5.1 (French), AAC stereo (English commentary), Opus (German),
 /// English and German subtitles, a forced one, and chapters.
@@ -51,155 +44,82 @@ void makeFilm(const fs::path& file) {
             "libopus", part("a.opus")});
     parts.write("s.srt", std::string_view(lines));
     parts.write("c.txt", std::string_view(chapters));
-    runTool({"sh",
-             "-c",
-             "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]",
-             file.string(),
-             "--chapters",
-             part("c.txt"),
-             part("v.mp4"),
-             "--language",
-             "0:eng",
-             part("a.ac3"),
-             "--language",
-             "0:fre",
-             part("a.flac"),
-             "--language",
-             "0:eng",
-             "--track-name",
-             "0:Commentary: the \"director\" + cast",
-             part("a.aac"),
-             "--language",
-             "0:ger",
-             part("a.opus"),
-             "--language",
-             "0:eng",
-             part("s.srt"),
-             "--language",
-             "0:ger",
-             part("s.srt"),
-             "--language",
-             "0:eng",
-             "--forced-display-flag",
-             "0:1",
-             part("s.srt")});
-}
-
-struct Stream {
-    std::string kind, codec, language, name;
-    bool isDefault = false;
-    double start = 0;
-};
-
-std::vector<Stream> streamsOf(const fs::path& file) {
-    std::vector<Stream> streams;
-    const json told = json::parse(
-        runTool({"ffprobe", "-v", "error", "-show_streams", "-of", "json", file.string()}));
-    for (const json& each : told.at("streams")) {
-        const json tags = each.value("tags", json::object());
-        streams.push_back({each.at("codec_type"), each.value("codec_name", ""),
-                           tags.value("language", ""), tags.value("handler_name", ""),
-                           each.at("disposition").at("default") == 1,
-                           std::stod(each.value("start_time", "0"))});
-    }
-    return streams;
-}
-
-std::vector<Stream> ofKind(const std::vector<Stream>& streams, const std::string& kind) {
-    std::vector<Stream> found;
-    std::ranges::copy_if(streams, std::back_inserter(found),
-                         [&](const Stream& each) { return each.kind == kind; });
-    return found;
+    mkvmerge(file, {"--chapters",
+                    part("c.txt"),
+                    part("v.mp4"),
+                    "--language",
+                    "0:eng",
+                    part("a.ac3"),
+                    "--language",
+                    "0:fre",
+                    part("a.flac"),
+                    "--language",
+                    "0:eng",
+                    "--track-name",
+                    "0:Commentary: the \"director\" + cast",
+                    part("a.aac"),
+                    "--language",
+                    "0:ger",
+                    part("a.opus"),
+                    "--language",
+                    "0:eng",
+                    part("s.srt"),
+                    "--language",
+                    "0:ger",
+                    part("s.srt"),
+                    "--language",
+                    "0:eng",
+                    "--forced-display-flag",
+                    "0:1",
+                    part("s.srt")});
 }
 
 /// The digest of one stream's frames as a decoder sees them.
 std::string framesOf(const fs::path& file, const std::string& stream) {
-    return runTool({"ffmpeg", "-v", "error", "-i", file.string(), "-map", "0:" + stream, "-c",
-                    "copy", "-f", "hash", "-hash", "sha256", "-"});
+    return ffmpeg({"-i", file.string(), "-map", "0:" + stream, "-c", "copy", "-f", "hash", "-hash",
+                   "sha256", "-"});
 }
 
 class Convert : public testing::TestWithParam<Tools> {
 protected:
-    void SetUp() override {
-        if (GetParam() == Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-        bundle_ = std::make_unique<Bundle>(GetParam());
-        run_.programs = bundle_->program("marlet").parent_path();
-        makeFilm(file_);
-        bytes_ = readFile(file_);
-        date_ = fs::last_write_time(file_);
-    }
-    ProgramRun::Result convert(std::vector<std::string> more = {}) {
-        std::vector<std::string> arguments = {"--tag",  file_.string(), "--confirm-all",
-                                              "--quit", "--output-dir", output_.path().string()};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return run_.marlet(arguments);
-    }
-    void expectUntouched() {
-        EXPECT_EQ(readFile(file_), bytes_);
-        EXPECT_EQ(fs::last_write_time(file_), date_);
-        EXPECT_EQ(std::distance(fs::directory_iterator(run_.library()), {}), 1);
-    }
-    std::vector<std::string> delivered() {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(output_.path()))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
+    void SetUp() override { makeFilm(film_.source()); }
 
-    ProgramRun run_;
-    TempFolder output_;
-    std::unique_ptr<Bundle> bundle_;
-    fs::path file_ = run_.library() / "Charade (1963).mkv";
-    Bytes bytes_;
-    fs::file_time_type date_;
+    ConversionRun film_{GetParam()};
 };
 
 TEST_P(Convert, AMatroskaFilmBecomesAnM4VWithDetailsAndCover) {
-    const auto result = convert();
+    const auto result = film_.convert();
     ASSERT_EQ(result.lines("RESULT done: Charade | New file Charade (1963).m4v · ").size(), 1U)
         << result.output;
     EXPECT_THAT(result.output, HasSubstr("frames identical to the original"));
-    const fs::path made = output_ / "Charade (1963).m4v";
-    ASSERT_EQ(delivered(), std::vector<std::string>{"Charade (1963).m4v"});
-    expectUntouched();
+    const fs::path made = film_.made();
+    ASSERT_THAT(film_.delivered(), ElementsAre("Charade (1963).m4v"));
+    film_.expectUntouched();
     EXPECT_LE(measureInterleave(made), 1.0);
     EXPECT_EQ(probeValue(made, "format_tags=title"), "Charade");
 
-    const auto streams = streamsOf(made);
-    const auto sounds = ofKind(streams, "audio");
+    const auto sounds = streamsOf(made, "a");
     ASSERT_GE(sounds.size(), 2U) << "the surround and a stereo track";
     EXPECT_EQ(sounds[0].codec, "ac3");
     EXPECT_EQ(std::ranges::count(sounds, true, &Stream::isDefault), 1);
     for (const Stream& sound : sounds) EXPECT_EQ(sound.language, "eng");
-    const auto subtitles = ofKind(streams, "subtitle");
+    const auto subtitles = streamsOf(made, "s");
     ASSERT_EQ(subtitles.size(), 2U) << "the full English one and the forced one";
     EXPECT_FALSE(subtitles[0].isDefault);
     EXPECT_TRUE(subtitles[1].isDefault) << "forced lines show by themselves";
 
-    EXPECT_EQ(framesOf(made, "a:0"), framesOf(file_, "a:0"));
-    EXPECT_EQ(packetHashes(made).front(), packetHashes(file_).front()) << "the picture";
-    const json told = json::parse(
-        runTool({"ffprobe", "-v", "error", "-show_chapters", "-of", "json", made.string()}));
-    ASSERT_EQ(told.at("chapters").size(), 2U);
-    EXPECT_EQ(told["chapters"][0]["tags"]["title"], "One: the \"start\"");
-    EXPECT_EQ(told["chapters"][1]["tags"]["title"], "Zwei Ä");
-    EXPECT_EQ(std::stod(told["chapters"][1]["start_time"].get<std::string>()), 1.25);
+    EXPECT_EQ(framesOf(made, "a:0"), framesOf(film_.source(), "a:0"));
+    EXPECT_EQ(packetHashes(made).front(), packetHashes(film_.source()).front()) << "the picture";
+    EXPECT_THAT(chaptersOf(made), ElementsAre(std::pair(0.0, std::string("One: the \"start\"")),
+                                              std::pair(1.25, std::string("Zwei Ä"))));
 }
 
 TEST_P(Convert, SoundOfOtherLanguagesIsConvertedWhenItIsWanted) {
-    const fs::path request = output_ / "request.json";
-    writeFile(request, viewOf(json{{"mode", "convert"},
-                                   {"file", file_.string()},
-                                   {"outputDir", (output_ / "new").string()},
-                                   {"keepLanguages", {"French", "German"}}}
-                                  .dump()));
-    run_.programs = bundle_->program("one_job").parent_path();
-    const auto result = run_.oneJob({request.string()});
-    const fs::path made = output_ / "new" / "Charade (1963).m4v";
+    const auto result = film_.convertKeeping({"French", "German"});
+    const fs::path made = film_.made();
     ASSERT_TRUE(fs::exists(made)) << result.output;
     EXPECT_THAT(result.output, HasSubstr("converted sound 3.0"));
-    const auto sounds = ofKind(streamsOf(made), "audio");
+    const auto sounds = streamsOf(made, "a");
     ASSERT_EQ(sounds.size(), 3U);
     EXPECT_EQ(sounds[0].codec, "ac3");
     EXPECT_EQ(sounds[0].language, "fre");
@@ -208,13 +128,13 @@ TEST_P(Convert, SoundOfOtherLanguagesIsConvertedWhenItIsWanted) {
     EXPECT_EQ(sounds[1].name, "French · Stereo");
     EXPECT_EQ(sounds[2].codec, "aac");
     EXPECT_EQ(sounds[2].language, "ger");
-    expectUntouched();
+    film_.expectUntouched();
 }
 
 TEST_P(Convert, ASecondConversionGetsANumber) {
-    convert();
-    EXPECT_THAT(convert().output, HasSubstr("New file Charade (1963) 2.m4v"));
-    EXPECT_EQ(delivered().size(), 2U);
+    film_.convert();
+    EXPECT_THAT(film_.convert().output, HasSubstr("New file Charade (1963) 2.m4v"));
+    EXPECT_EQ(film_.delivered().size(), 2U);
 }
 
 TEST_P(Convert, APictureThatStartsBehindTheSoundStaysInStep) {
@@ -222,25 +142,23 @@ TEST_P(Convert, APictureThatStartsBehindTheSoundStaysInStep) {
     for (const char* delay : {"0", "0.4"}) {
         ffmpeg({"-f", "lavfi", "-itsoffset", delay, "-i", "testsrc=size=64x36:rate=25:duration=2",
                 "-f", "lavfi", "-i", "sine=duration=3", "-c:v", "libx264", "-bf", "2", "-pix_fmt",
-                "yuv420p", "-c:a", "aac", file_.string()});
-        const auto result = convert();
+                "yuv420p", "-c:a", "aac", film_.source().string()});
+        const auto result = film_.convert();
         EXPECT_EQ(result.lines("RESULT done").size(), 1U) << result.output;
     }
 }
 
 TEST_P(Convert, AVideoThatAppleTVCannotPlayIsNotAdded) {
     ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=1", "-c:v", "libvpx-vp9",
-            file_.string()});
-    bytes_ = readFile(file_);
-    date_ = fs::last_write_time(file_);
-    const auto result = convert();
+            film_.source().string()});
+    const auto result = film_.convert();
     EXPECT_EQ(result.lines("NOTICE Not added: Charade (1963).mkv: ").size(), 1U) << result.output;
-    EXPECT_TRUE(delivered().empty());
-    expectUntouched();
+    EXPECT_THAT(film_.delivered(), IsEmpty());
+    film_.expectUntouched();
 }
 
 TEST_P(Convert, ThePlanIsShownBeforeAnythingIsDone) {
-    const auto result = convert({"--plan-test", "--plan-only"});
+    const auto result = film_.convert({"--plan-test", "--plan-only"});
     EXPECT_EQ(result.lines("PLAN progress ").size(), 2U) << result.output;
     // The first may be there before a frame was counted.
     const auto shown = result.lines("PLAN progress ");
@@ -249,8 +167,8 @@ TEST_P(Convert, ThePlanIsShownBeforeAnythingIsDone) {
     EXPECT_EQ(result.lines("plan: Charade (1963).mkv -> picture V_MPEG4/ISO/AVC copied; ").size(),
               1U)
         << result.output;
-    EXPECT_TRUE(delivered().empty());
-    expectUntouched();
+    EXPECT_THAT(film_.delivered(), IsEmpty());
+    film_.expectUntouched();
 }
 
 INSTANTIATE_TEST_SUITE_P(Own, Convert, testing::Values(Tools::own));

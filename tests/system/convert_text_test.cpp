@@ -5,21 +5,17 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <regex>
 
 #include "mp4/sound_layout.h"
-#include "support/bundle.h"
+#include "mp4/summary.h"
 #include "support/media.h"
+#include "system/conversion_run.h"
 #include "system/film_readers.h"
-#include "system/program_run.h"
 
 namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
 using Strings = std::vector<std::string>;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -130,43 +126,12 @@ void PrintTo(const Shown& shown, std::ostream* out) {
          << (shown.isEnabled ? " enabled: " : ": ") << shown.text;
 }
 
-/// Its times and lines, the way FFmpeg shows them.
-std::string linesOf(const fs::path& film, int subtitle) {
-    std::string text = runTool({"ffmpeg", "-v", "error", "-nostdin", "-i", film.string(), "-map",
-                                "0:s:" + std::to_string(subtitle), "-f", "srt", "-"});
-    std::erase(text, '\r');
-    return std::regex_replace(text, std::regex("</?font[^>]*>"), "");
-}
-
 class TextConversion : public testing::TestWithParam<Tools> {
 protected:
     void SetUp() override {
-        if (GetParam() == Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-        bundle_ = std::make_unique<Bundle>(GetParam());
-        run_.programs = bundle_->program("one_job").parent_path();
-        runTool({"ffmpeg",
-                 "-v",
-                 "error",
-                 "-f",
-                 "lavfi",
-                 "-i",
-                 "testsrc=size=64x36:rate=25:duration=2",
-                 "-f",
-                 "lavfi",
-                 "-i",
-                 "sine=440:duration=2:sample_rate=48000",
-                 "-c:v",
-                 "libx264",
-                 "-bf",
-                 "2",
-                 "-pix_fmt",
-                 "yuv420p",
-                 "-c:a",
-                 "ac3",
-                 "-metadata:s:a:0",
-                 "language=eng",
-                 part("film.mkv")});
+        ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=2", "-f", "lavfi", "-i",
+                "sine=440:duration=2:sample_rate=48000", "-c:v", "libx264", "-bf", "2", "-pix_fmt",
+                "yuv420p", "-c:a", "ac3", "-metadata:s:a:0", "language=eng", part("film.mkv")});
         for (std::size_t i = 0; i < subtitles().size(); i++)
             parts_.write(std::to_string(i) + subtitles()[i].extension,
                          std::string_view(subtitles()[i].text));
@@ -175,13 +140,7 @@ protected:
     std::string part(const std::string& name) const { return (parts_ / name).string(); }
 
     void mergeByMkvmerge() {
-        Strings words = {"sh",
-                         "-c",
-                         "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]",
-                         source_.string(),
-                         "--chapters",
-                         part("c.xml"),
-                         part("film.mkv")};
+        Strings words = {"--chapters", part("c.xml"), part("film.mkv")};
         for (std::size_t i = 0; i < subtitles().size(); i++) {
             const Subtitle& each = subtitles()[i];
             words.insert(
@@ -190,10 +149,10 @@ protected:
                  "--default-track-flag", each.isDefault ? "0:1" : "0:0", "--forced-display-flag",
                  each.isForced ? "0:1" : "0:0", part(std::to_string(i) + each.extension)});
         }
-        runTool(words);
+        mkvmerge(film_.source(), words);
     }
     void mergeByFFmpeg() {
-        Strings words = {"ffmpeg", "-v", "error", "-nostdin", "-i", part("film.mkv")};
+        Strings words = {"-i", part("film.mkv")};
         Strings maps = {"-map", "0", "-c", "copy"};
         for (std::size_t i = 0; i < subtitles().size(); i++) {
             const Subtitle& each = subtitles()[i];
@@ -207,12 +166,12 @@ protected:
                                                      : "0"});
         }
         words.insert(words.end(), maps.begin(), maps.end());
-        words.push_back(source_.string());
-        runTool(words);
+        words.push_back(film_.source().string());
+        ffmpeg(words);
     }
     void writeSidecars() {
         const auto put = [&](const char* end, const std::string& bytes) {
-            writeFile(run_.library() / ("Charade (1963)" + std::string(end)), viewOf(bytes));
+            writeFile(film_.library() / ("Charade (1963)" + std::string(end)), viewOf(bytes));
         };
         put(".de.srt", utf16(beside, false));
         put(".es.srt", utf16(beside, true));
@@ -221,15 +180,7 @@ protected:
         put("-jpn.srt", "no subtitle at all");
     }
 
-    std::string convert(const Strings& languages) {
-        const fs::path request = output_ / "request.json";
-        writeFile(request, viewOf(json{{"mode", "convert"},
-                                       {"file", source_.string()},
-                                       {"outputDir", (output_ / "new").string()},
-                                       {"keepLanguages", languages}}
-                                      .dump()));
-        return run_.oneJob({request.string()}).output;
-    }
+    std::string convert(const Strings& languages) { return film_.convertKeeping(languages).output; }
 
     std::vector<Shown> shown() const {
         constexpr std::size_t flagsAt = 24;  // behind the head of `stsd` and that of its entry
@@ -241,17 +192,14 @@ protected:
             const std::uint32_t flags = BigEndian::u32(track.stsd, flagsAt);
             EXPECT_EQ(flags & ~forced, 0U);
             all.push_back({track.language, flags == forced, (track.tkhdFlags & 1) != 0,
-                           linesOf(made_, static_cast<int>(all.size()))});
+                           shownLines(made_, "s:" + std::to_string(all.size()))});
         }
         return all;
     }
 
-    ProgramRun run_;
     TempFolder parts_;
-    TempFolder output_;
-    std::unique_ptr<Bundle> bundle_;
-    fs::path source_ = run_.library() / "Charade (1963).mkv";
-    fs::path made_ = output_ / "new" / "Charade (1963).m4v";
+    ConversionRun film_{GetParam()};
+    const fs::path made_ = film_.made();
 };
 
 std::string srt(std::initializer_list<std::pair<const char*, const char*>> cues) {
@@ -310,18 +258,6 @@ TEST_P(TextConversion, SubtitlesOfFFmpegsOwnMakingAreShownAsTheyAre) {
     EXPECT_EQ(complaintsOf(made_), "");
 }
 
-using Chapters = std::vector<std::pair<double, std::string>>;
-
-Chapters chaptersOf(const fs::path& film) {
-    const json told = json::parse(
-        runTool({"ffprobe", "-v", "error", "-show_chapters", "-of", "json", film.string()}));
-    Chapters all;
-    for (const json& each : told.at("chapters"))
-        all.emplace_back(std::stod(each.at("start_time").get<std::string>()),
-                         each.value("tags", json::object()).value("title", ""));
-    return all;
-}
-
 TEST_P(TextConversion, ChaptersComeAlongWithWhatIsNestedAndWithoutWhatIsHidden) {
     mergeByMkvmerge();
     const std::string said = convert({"eng"});
@@ -342,8 +278,7 @@ TEST_P(TextConversion, ChaptersBehindTheFilmComeAlong) {
                 std::to_string(i) + "</ChapterString></ChapterDisplay></ChapterAtom>";
     // There is no room for so many where the old ones stood.
     const fs::path file = parts_.write("many.xml", many + "</EditionEntry></Chapters>");
-    runTool({"sh", "-c", "LC_ALL=C.UTF-8 mkvpropedit -q \"$0\" --chapters \"$1\" >&2",
-             source_.string(), file.string()});
+    mkvpropedit(film_.source(), {"--chapters", file.string()});
     const std::string said = convert({"eng"});
     ASSERT_TRUE(fs::exists(made_)) << said;
     const Chapters made = chaptersOf(made_);

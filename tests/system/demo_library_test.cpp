@@ -73,9 +73,7 @@ TEST(DemoLibrary, AFileHasThePlannedLengthAndPlaysWithoutAnError) {
     const fs::path file = make(folder, sintel, "Sintel");
     EXPECT_NEAR(seconds(file), planned().at(sintel), 2);
     EXPECT_EQ(probeValue(file, "stream=codec_name"), "h264\naac");
-    EXPECT_EQ(runTool({"ffmpeg", "-v", "error", "-xerror", "-nostdin", "-i", file.string(), "-f",
-                       "null", "-"}),
-              "");
+    EXPECT_EQ(ffmpeg({"-xerror", "-i", file.string(), "-f", "null", "-"}), "");
 }
 
 TEST(DemoLibrary, SoundAndPictureTakeTurnsWithinASecond) {
@@ -120,8 +118,7 @@ TEST(DemoLibrary, TroubleIsAFilmWithItsSoundInOneStretchThatStillPlays) {
     ASSERT_TRUE(planned({"--with-trouble"}).contains(path));
     const fs::path file = make(folder, path, "Detour", {"--with-trouble"});
     EXPECT_GT(measureInterleave(file), 60);
-    runTool(
-        {"ffmpeg", "-v", "error", "-xerror", "-nostdin", "-i", file.string(), "-f", "null", "-"});
+    ffmpeg({"-xerror", "-i", file.string(), "-f", "null", "-"});
 }
 
 TEST(DemoLibrary, MakingItAgainGivesTheSameFileAndLeavesNothingElse) {

@@ -1,24 +1,20 @@
 // Films with the picture subtitles of Blu-ray discs, put together by mkvmerge, become M4Vs with
-// text through the real program.
+// text through the real program, with each kind of media tool.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
-#include <nlohmann/json.hpp>
 
-#include "support/bundle.h"
 #include "support/media.h"
 #include "support/subtitle_pictures.h"
-#include "system/program_run.h"
+#include "system/conversion_run.h"
+#include "system/film_readers.h"
 
 namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr pgs::Plane plane{1920, 1080};
@@ -48,32 +44,17 @@ struct Made {
     std::string srt;
 };
 
-/// FFmpeg writes the style of a whole track into each line, and ends lines within one as Windows
-/// does.
-std::string withoutFonts(std::string srt) {
-    std::erase(srt, '\r');
-    for (const char* tag : {"<font", "</font"}) {
-        for (std::size_t at = srt.find(tag); at != std::string::npos; at = srt.find(tag))
-            srt.erase(at, srt.find('>', at) + 1 - at);
-    }
-    return srt;
-}
-
-class PictureSubtitles : public testing::Test {
+class PictureSubtitles : public testing::TestWithParam<Bundle::Tools> {
 protected:
     /// Eight seconds of picture, sound in these languages, and the picture subtitles.
     void makeFilm(const std::vector<std::string>& sounds, const std::vector<Subtitles>& subtitles) {
         const TempFolder parts;
         const auto part = [&](const std::string& name) { return (parts / name).string(); };
-        runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i",
-                 "testsrc=size=64x36:rate=25:duration=8", "-c:v", "libx264", "-pix_fmt", "yuv420p",
-                 part("v.mp4")});
-        runTool({"ffmpeg", "-v", "error", "-f", "lavfi", "-i",
-                 "sine=500:duration=8:sample_rate=48000", "-ac", "2", "-c:a", "aac",
-                 part("a.aac")});
-        std::vector<std::string> arguments{
-            "sh", "-c", "LC_ALL=C.UTF-8 mkvmerge -q -o \"$0\" \"$@\"; [ $? -lt 2 ]", file_.string(),
-            part("v.mp4")};
+        ffmpeg({"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=8", "-c:v", "libx264",
+                "-pix_fmt", "yuv420p", part("v.mp4")});
+        ffmpeg({"-f", "lavfi", "-i", "sine=500:duration=8:sample_rate=48000", "-ac", "2", "-c:a",
+                "aac", part("a.aac")});
+        std::vector<std::string> arguments{part("v.mp4")};
         for (const std::string& sound : sounds)
             arguments.insert(arguments.end(), {"--language", "0:" + sound, part("a.aac")});
         for (const Subtitles& each : subtitles) {
@@ -81,44 +62,27 @@ protected:
                                              pgs::sup(pgs::stream(each.lines, plane)));
             arguments.insert(arguments.end(), {"--language", "0:" + each.language, sup.string()});
         }
-        runTool(arguments);
+        mkvmerge(film_.source(), arguments);
     }
 
     /// Converts it, with subtitles of these languages.
     std::string convert(const std::vector<std::string>& languages) {
-        const fs::path request = output_ / "request.json";
-        writeFile(request, viewOf(json{{"mode", "convert"},
-                                       {"file", file_.string()},
-                                       {"outputDir", (output_ / "new").string()},
-                                       {"keepLanguages", languages}}
-                                      .dump()));
-        run_.programs = bundle_.program("one_job").parent_path();
-        return run_.oneJob({request.string()}).output;
+        return film_.convertKeeping(languages).output;
     }
 
-    std::vector<Made> made(const fs::path& file) {
-        const json told = json::parse(runTool({"ffprobe", "-v", "error", "-select_streams", "s",
-                                               "-show_streams", "-of", "json", file.string()}));
+    static std::vector<Made> made(const fs::path& file) {
         std::vector<Made> all;
-        for (const json& stream : told.at("streams")) {
-            const json tags = stream.value("tags", json::object());
-            all.push_back(
-                {tags.value("language", ""), tags.value("handler_name", ""),
-                 stream.at("disposition").at("default") == 1,
-                 withoutFonts(runTool({"ffmpeg", "-v", "error", "-i", file.string(), "-map",
-                                       "0:s:" + std::to_string(all.size()), "-f", "srt", "-"}))});
-        }
+        for (const Stream& stream : streamsOf(file, "s"))
+            all.push_back({stream.language, stream.name, stream.isDefault,
+                           shownLines(file, "s:" + std::to_string(all.size()))});
         return all;
     }
 
-    ProgramRun run_;
-    TempFolder output_;
-    Bundle bundle_{Bundle::Tools::own};
-    fs::path file_ = run_.library() / "Charade (1963).mkv";
-    fs::path new_ = output_ / "new" / "Charade (1963).m4v";
+    ConversionRun film_{GetParam()};
+    const fs::path new_ = film_.made();
 };
 
-TEST_F(PictureSubtitles, OfFourLanguagesBecomeTextWithTheirTimes) {
+TEST_P(PictureSubtitles, OfFourLanguagesBecomeTextWithTheirTimes) {
     makeFilm({"eng"}, {{"eng",
                         {{1000, 2500, {drawn("I think it's him.")}},
                          {3000, 5000, {drawn("- Who's there?\n- Only me.")}}}},
@@ -142,7 +106,7 @@ TEST_F(PictureSubtitles, OfFourLanguagesBecomeTextWithTheirTimes) {
     for (const Made& each : subtitles) EXPECT_FALSE(each.isDefault) << each.name;
 }
 
-TEST_F(PictureSubtitles, ThatOverlapBecomeWhatIsOnTheScreenTogether) {
+TEST_P(PictureSubtitles, ThatOverlapBecomeWhatIsOnTheScreenTogether) {
     makeFilm(
         {"eng"},
         {{"eng",
@@ -156,7 +120,7 @@ TEST_F(PictureSubtitles, ThatOverlapBecomeWhatIsOnTheScreenTogether) {
               "3\n00:00:03,000 --> 00:00:04,000\nFar above\n\n");
 }
 
-TEST_F(PictureSubtitles, OfWhichSomeAreForcedGiveThoseATrackOfTheirOwn) {
+TEST_P(PictureSubtitles, OfWhichSomeAreForcedGiveThoseATrackOfTheirOwn) {
     makeFilm({"eng"}, {{"eng",
                         {{1000, 2000, {drawn("Of everyone")}},
                          {3000, 4000, {drawn("Of strangers", true)}},
@@ -176,7 +140,7 @@ TEST_F(PictureSubtitles, OfWhichSomeAreForcedGiveThoseATrackOfTheirOwn) {
     EXPECT_EQ(subtitles[1].srt, "1\n00:00:03,000 --> 00:00:04,000\nOf strangers\n\n");
 }
 
-TEST_F(PictureSubtitles, OfWhichAllAreForcedAreForeignPartsOnly) {
+TEST_P(PictureSubtitles, OfWhichAllAreForcedAreForeignPartsOnly) {
     makeFilm({"eng"}, {{"eng",
                         {{1000, 2000, {drawn("Of strangers", true)}},
                          {3000, 4000, {drawn("Of others", true)}}}}});
@@ -191,7 +155,7 @@ TEST_F(PictureSubtitles, OfWhichAllAreForcedAreForeignPartsOnly) {
               "2\n00:00:03,000 --> 00:00:04,000\nOf others\n\n");
 }
 
-TEST_F(PictureSubtitles, ThatCannotBeReadLeaveNotesAndTheFilmIsDelivered) {
+TEST_P(PictureSubtitles, ThatCannotBeReadLeaveNotesAndTheFilmIsDelivered) {
     makeFilm(
         {"eng"},
         {{"eng", {{1000, 2000, {drawn("Read me")}}}},
@@ -209,20 +173,21 @@ TEST_F(PictureSubtitles, ThatCannotBeReadLeaveNotesAndTheFilmIsDelivered) {
     EXPECT_EQ(subtitles[0].srt, "1\n00:00:01,000 --> 00:00:02,000\nRead me\n\n");
 }
 
-TEST_F(PictureSubtitles, OfAFilmAreFoundAndReadByThePlainCommand) {
+TEST_P(PictureSubtitles, OfAFilmAreFoundAndReadByThePlainCommand) {
     makeFilm(
         {"eng"},
         {{"eng",
           {{1000, 2000, {drawn("Of everyone")}}, {3000, 4000, {drawn("Of strangers", true)}}}}});
-    run_.programs = bundle_.program("marlet").parent_path();
-    const auto result = run_.marlet({"--tag", file_.string(), "--confirm-all", "--quit",
-                                     "--output-dir", (output_ / "new").string()});
+    const auto result = film_.convert();
     ASSERT_EQ(result.lines("RESULT done: Charade").size(), 1U) << result.output;
     const auto subtitles = made(new_);
     ASSERT_EQ(subtitles.size(), 2U) << result.output;
     EXPECT_THAT(subtitles[0].srt, HasSubstr("Of everyone"));
     EXPECT_EQ(subtitles[1].srt, "1\n00:00:03,000 --> 00:00:04,000\nOf strangers\n\n");
 }
+
+INSTANTIATE_TEST_SUITE_P(Own, PictureSubtitles, testing::Values(Bundle::Tools::own));
+INSTANTIATE_TEST_SUITE_P(Gpac, PictureSubtitles, testing::Values(Bundle::Tools::gpac));
 
 }  // namespace
 }  // namespace marlet::test

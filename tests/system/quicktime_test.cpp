@@ -4,15 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <memory>
-#include <sstream>
 
 #include "mp4/sound_layout.h"
-#include "support/bundle.h"
 #include "support/media.h"
-#include "system/program_run.h"
+#include "system/conversion_run.h"
+#include "system/film_readers.h"
 
 namespace marlet::test {
 namespace {
@@ -38,86 +35,22 @@ Arguments with(Arguments list, const Arguments& more) {
 /// FFmpeg with three seconds of picture as stream 0, sound as 1 and other sound as 2.
 void makeFilm(const fs::path& file, const Arguments& arguments, const std::string& soundDelay = "0",
               const std::string& pictureDelay = "0") {
-    Arguments line = {"ffmpeg",
-                      "-v",
-                      "error",
-                      "-y",
-                      "-nostdin",
-                      "-itsoffset",
-                      pictureDelay,
-                      "-f",
-                      "lavfi",
-                      "-i",
-                      "testsrc2=size=64x36:rate=25:duration=3",
-                      "-itsoffset",
-                      soundDelay,
-                      "-f",
-                      "lavfi",
-                      "-i",
-                      "sine=frequency=440:sample_rate=48000:duration=3",
-                      "-f",
-                      "lavfi",
-                      "-i",
-                      "sine=frequency=220:sample_rate=44100:duration=3"};
-    runTool(with(with(line, arguments), {file.string()}));
-}
-
-/// What a player sees of each packet of picture and sound: its time, its size and whether decoding
-/// can start there.
-std::vector<std::string> packetsOf(const fs::path& file, const std::string& stream) {
-    std::istringstream text(
-        runTool({"ffprobe", "-v", "error", "-select_streams", stream, "-show_entries",
-                 "packet=pts_time,dts_time,duration_time,size,"
-                 "flags",
-                 "-of", "csv=p=0", file.string()}));
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(text, line);) lines.push_back(line);
-    return lines;
-}
-
-/// What FFmpeg says when it decodes all of the film, and stops at the first error. Of every film
-/// with a cover it says that the cover has no time scale.
-std::string complaints(const fs::path& film) {
-    return runTool(
-        {"sh", "-c",
-         "(ffmpeg -v warning -xerror -nostdin -i \"$0\" -map 0:v -map 0:a -f null - 2>&1 "
-         "|| echo failed) | grep -v 'stream 0, timescale not set$'; :",
-         film.string()});
-}
-
-std::string values(const fs::path& file, const std::string& stream, const std::string& entries) {
-    return runTool({"ffprobe", "-v", "error", "-select_streams", stream, "-show_entries", entries,
-                    "-of", "default=nw=1:nk=1", file.string()});
+    Arguments line = {"-itsoffset", pictureDelay,
+                      "-f",         "lavfi",
+                      "-i",         "testsrc2=size=64x36:rate=25:duration=3",
+                      "-itsoffset", soundDelay,
+                      "-f",         "lavfi",
+                      "-i",         "sine=frequency=440:sample_rate=48000:duration=3",
+                      "-f",         "lavfi",
+                      "-i",         "sine=frequency=220:sample_rate=44100:duration=3"};
+    ffmpeg(with(with(line, arguments), {file.string()}));
 }
 
 class QuickTime : public testing::TestWithParam<Tools> {
 protected:
-    void SetUp() override {
-        if (GetParam() == Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-        bundle_ = std::make_unique<Bundle>(GetParam());
-        run_.programs = bundle_->program("marlet").parent_path();
-    }
-    ProgramRun::Result convert() {
-        bytes_ = readFile(file_);
-        date_ = fs::last_write_time(file_);
-        return run_.marlet({"--tag", file_.string(), "--confirm-all", "--quit", "--output-dir",
-                            output_.path().string()});
-    }
-    void expectUntouched() {
-        EXPECT_EQ(readFile(file_), bytes_);
-        EXPECT_EQ(fs::last_write_time(file_), date_);
-        EXPECT_EQ(std::distance(fs::directory_iterator(run_.library()), {}), 1);
-    }
-    Arguments delivered() {
-        Arguments names;
-        for (const auto& entry : fs::directory_iterator(output_.path()))
-            names.push_back(entry.path().filename().string());
-        return names;
-    }
     /// Copies the film and compares what players see of both.
     void expectCopied(const std::string& what, const Arguments& streams = {"v:0", "a:0"}) {
-        const auto result = convert();
+        const auto result = film_.convert();
         ASSERT_EQ(result
                       .lines("RESULT done: Charade | New file Charade (1963).m4v · every sample "
                              "checked against the .mov")
@@ -125,8 +58,8 @@ protected:
                   1U)
             << what << "\n"
             << result.output;
-        EXPECT_THAT(delivered(), ElementsAre("Charade (1963).m4v"));
-        expectUntouched();
+        EXPECT_THAT(film_.delivered(), ElementsAre("Charade (1963).m4v"));
+        film_.expectUntouched();
         EXPECT_EQ(packetHashes(made()).front(), packetHashes(file_).front()) << what;
         for (const std::string& stream : streams) {
             EXPECT_EQ(packetsOf(made(), stream), packetsOf(file_, stream)) << what << stream;
@@ -134,28 +67,24 @@ protected:
                  {"stream=codec_name,codec_tag_string,width,height,channels,sample_rate",
                   "stream_disposition=default", "stream=sample_aspect_ratio,color_space",
                   "stream_tags=language"})
-                EXPECT_EQ(values(made(), stream, entries), values(file_, stream, entries))
+                EXPECT_EQ(probeValue(made(), entries, stream), probeValue(file_, entries, stream))
                     << what << stream;
         }
-        EXPECT_EQ(complaints(made()), "") << what;
+        EXPECT_EQ(complaintsOf(made()), "") << what;
         EXPECT_LE(measureInterleave(made()), 1.0) << what;
         EXPECT_EQ(probeValue(made(), "format_tags=title"), "Charade");
         fs::remove(made());
     }
     void expectRefused(const std::string& sentence) {
-        const auto result = convert();
+        const auto result = film_.convert();
         EXPECT_EQ(result.lines("RESULT failed: Charade | " + sentence).size(), 1U) << result.output;
-        EXPECT_THAT(delivered(), IsEmpty());
-        expectUntouched();
+        EXPECT_THAT(film_.delivered(), IsEmpty());
+        film_.expectUntouched();
     }
-    fs::path made() const { return output_ / "Charade (1963).m4v"; }
+    fs::path made() const { return film_.made(); }
 
-    ProgramRun run_;
-    TempFolder output_;
-    std::unique_ptr<Bundle> bundle_;
-    fs::path file_ = run_.library() / "Charade (1963).mov";
-    Bytes bytes_;
-    fs::file_time_type date_;
+    ConversionRun film_{GetParam(), "Charade (1963).mov"};
+    const fs::path file_ = film_.source();
 };
 
 TEST_P(QuickTime, H264WithEachKindOfSoundIsCopied) {
@@ -214,13 +143,13 @@ TEST_P(QuickTime, ChaptersAreCarriedOver) {
         file_,
         with(with({"-i", chapters.string(), "-map", "0", "-map", "1", "-map_chapters", "3"}, avc),
              {"-c:a", "aac"}));
-    const auto result = convert();
+    const auto result = film_.convert();
     ASSERT_EQ(result.lines("RESULT done").size(), 1U) << result.output;
     EXPECT_EQ(probeValue(made(), "chapter=start_time:chapter_tags=title"),
               "0.000000\nOne: the \"start\"\n1.250000\nZwei Ä");
     EXPECT_EQ(packetsOf(made(), "v:0"), packetsOf(file_, "v:0"));
     EXPECT_EQ(packetsOf(made(), "a:0"), packetsOf(file_, "a:0"));
-    expectUntouched();
+    film_.expectUntouched();
 }
 
 TEST_P(QuickTime, SubtitlesAreCopied) {
@@ -240,7 +169,7 @@ TEST_P(QuickTime, SubtitlesAreCopied) {
 TEST_P(QuickTime, TagsOfTheSourceAreNotKept) {
     makeFilm(file_, with(with({"-map", "0", "-map", "1"}, avc),
                          {"-c:a", "aac", "-metadata", "title=Old", "-metadata", "comment=Words"}));
-    ASSERT_EQ(convert().lines("RESULT done").size(), 1U);
+    ASSERT_EQ(film_.convert().lines("RESULT done").size(), 1U);
     EXPECT_EQ(probeValue(made(), "format_tags=title"), "Charade");
     EXPECT_EQ(probeValue(made(), "format_tags=comment"), "");
 }

@@ -18,10 +18,7 @@ namespace fs = std::filesystem;
 
 class OddNames : public testing::TestWithParam<Bundle::Tools> {
 protected:
-    void SetUp() override {
-        if (GetParam() == Bundle::Tools::gpac && !gpacOnPath())
-            GTEST_SKIP() << "no GPAC 2.2 or newer on the PATH";
-    }
+    Bundle bundle_{toolsOrSkip(GetParam())};
 };
 
 std::string quoted(const std::string& text) {
@@ -40,7 +37,6 @@ TEST_P(OddNames, OfFoldersAndFilmsNeverReachTheToolsOptions) {
     const TempFolder folder;
     const fs::path film = folder / "film.mp4";
     makeBadFilm(badFilms().front(), film);
-    const Bundle bundle(GetParam());
     for (const char* name : {"-rem", "a#video", "a:b=c@d", "quo'te\"s", "$HOME %d ~", "ü ñ 日本 🎬",
                              "line\nfeed", "back\\slash", "-out"}) {
         const fs::path place = folder / name;
@@ -51,7 +47,7 @@ TEST_P(OddNames, OfFoldersAndFilmsNeverReachTheToolsOptions) {
             "request.json", "{\"file\":" + quoted(odd.string()) +
                                 ",\"details\":{\"kind\":\"movie\",\"title\":\"Charade\"}}");
         // The work folder lies below such a name as well.
-        Process process(bundle.program("one_job"), {request.string()},
+        Process process(bundle_.program("one_job"), {request.string()},
                         {{"XDG_CACHE_HOME", (place / "cache").string()},
                          {"XDG_DATA_HOME", (place / "data").string()}});
         EXPECT_EQ(process.wait(), 0);

@@ -1,19 +1,15 @@
 // Pictures that Apple TV doesn't play are told in a sentence, and nothing is made of them.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "support/box_builder.h"
-#include "support/bundle.h"
 #include "support/media.h"
 #include "support/mkv_builder.h"
-#include "system/program_run.h"
+#include "system/conversion_run.h"
 
 namespace marlet::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 /// How a film is made, and why it isn't taken.
 struct Refused {
@@ -82,39 +78,29 @@ Bytes vc1() {
                                                 mkv::cluster(0, {joined(blocks)})})});
 }
 
-class RefusedPicture : public testing::TestWithParam<Refused> {};
+class RefusedPicture : public testing::TestWithParam<Refused> {
+protected:
+    ConversionRun film_{Bundle::Tools::own};
+};
 
 TEST_P(RefusedPicture, IsNotAddedForItsReason) {
     const Refused& film = GetParam();
-    ProgramRun run;
-    const TempFolder output;
-    const Bundle bundle(Bundle::Tools::own);
-    run.programs = bundle.program("marlet").parent_path();
-    const fs::path file = run.library() / "Charade (1963).mkv";
     if (film.encoder.empty()) {
-        writeFile(file, vc1());
+        writeFile(film_.source(), vc1());
     } else {
-        std::vector<std::string> arguments = {
-            "ffmpeg",   "-v", "error",
-            "-nostdin", "-y", "-f",
-            "lavfi",    "-i", "testsrc=size=64x64:rate=25:duration=0.4",
-            "-c:v"};
+        std::vector<std::string> arguments = {"-f", "lavfi", "-i",
+                                              "testsrc=size=64x64:rate=25:duration=0.4", "-c:v"};
         arguments.insert(arguments.end(), film.encoder.begin(), film.encoder.end());
-        arguments.push_back(file.string());
-        runTool(arguments);
+        arguments.push_back(film_.source().string());
+        ffmpeg(arguments);
     }
-    const Bytes bytes = readFile(file);
-    const auto date = fs::last_write_time(file);
-
-    const auto result = run.marlet({"--tag", file.string(), "--confirm-all", "--quit",
-                                    "--output-dir", output.path().string()});
+    const auto result = film_.convert();
     EXPECT_EQ(result.lines("NOTICE "),
               std::vector<std::string>{"NOTICE Not added: Charade (1963).mkv: " + film.reason})
         << result.output;
     EXPECT_TRUE(result.lines("RESULT ").empty()) << result.output;
-    EXPECT_TRUE(fs::is_empty(output.path()));
-    EXPECT_EQ(readFile(file), bytes);
-    EXPECT_EQ(fs::last_write_time(file), date);
+    EXPECT_THAT(film_.delivered(), testing::IsEmpty());
+    film_.expectUntouched();
 }
 
 INSTANTIATE_TEST_SUITE_P(System, RefusedPicture, testing::ValuesIn(refusedFilms()),

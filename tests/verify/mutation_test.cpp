@@ -33,26 +33,9 @@ Bytes realFilm(const TempFolder& folder) {
     movie.soundLanguages = {"eng"};
     movie.tags = {{"title", "A Film"}, {"artist", "A Person"}, {"date", "2011"}};
     makeMovie(folder / "plain.mp4", movie);
-    runTool({"ffmpeg",
-             "-y",
-             "-v",
-             "error",
-             "-nostdin",
-             "-i",
-             (folder / "plain.mp4").string(),
-             "-i",
-             chapters.string(),
-             "-map",
-             "0",
-             "-map_metadata",
-             "0",
-             "-map_chapters",
-             "1",
-             "-c",
-             "copy",
-             "-movflags",
-             "+faststart",
-             (folder / "film.mp4").string()});
+    ffmpeg({"-i", (folder / "plain.mp4").string(), "-i", chapters.string(), "-map", "0",
+            "-map_metadata", "0", "-map_chapters", "1", "-c", "copy", "-movflags", "+faststart",
+            (folder / "film.mp4").string()});
     return readFile(folder / "film.mp4");
 }
 

@@ -10,13 +10,6 @@
 namespace marlet::test {
 namespace {
 
-using Strings = std::vector<std::string>;
-
-void runMuxer(Strings arguments) {
-    arguments.insert(arguments.begin(), {"env", "LC_ALL=C.UTF-8"});
-    runTool(arguments);
-}
-
 /// H.264 with B-frames or HEVC, laced AAC and AC3, two chapters: made once for each.
 std::filesystem::path realSource(const std::string& encoder) {
     static const TempFolder folder;
@@ -26,38 +19,15 @@ std::filesystem::path realSource(const std::string& encoder) {
     const auto chapters = folder.write("chapters.txt",
                                        "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\n"
                                        "CHAPTER02=00:00:01.000\nCHAPTER02NAME=Zwölf\n");
-    runTool({"ffmpeg",
-             "-v",
-             "error",
-             "-nostdin",
-             "-y",
-             "-f",
-             "lavfi",
-             "-i",
-             "testsrc2=size=64x36:rate=25:duration=2",
-             "-f",
-             "lavfi",
-             "-i",
-             "sine=sample_rate=48000:duration=2",
-             "-map",
-             "0",
-             "-map",
-             "1",
-             "-map",
-             "1",
-             "-c:v",
-             encoder,
-             "-bf",
-             "2",
-             "-g",
-             "20",
-             "-c:a:0",
-             "aac",
-             "-c:a:1",
-             "ac3",
-             raw});
-    runMuxer({"mkvmerge", "-q", "-o", file.string(), "--chapters", chapters.string(), "--language",
-              "1:fre", "--language", "2:en-GB", raw});
+    ffmpeg({"-f",     "lavfi", "-i",     "testsrc2=size=64x36:rate=25:duration=2",
+            "-f",     "lavfi", "-i",     "sine=sample_rate=48000:duration=2",
+            "-map",   "0",     "-map",   "1",
+            "-map",   "1",     "-c:v",   encoder,
+            "-bf",    "2",     "-g",     "20",
+            "-c:a:0", "aac",   "-c:a:1", "ac3",
+            raw});
+    mkvmerge(file, {"--chapters", chapters.string(), "--language", "1:fre", "--language", "2:en-GB",
+                    raw});
     return file;
 }
 
@@ -68,8 +38,8 @@ protected:
         built_ = folder_ / "built.mp4";
     }
     void copyByFFmpeg() {
-        runTool({"ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source_.string(), "-map", "0:v",
-                 "-map", "0:a", "-c", "copy", built_.string()});
+        ffmpeg(
+            {"-i", source_.string(), "-map", "0:v", "-map", "0:a", "-c", "copy", built_.string()});
     }
     Report verify() {
         const auto mkv = MKVFile::open(source_);
@@ -108,7 +78,7 @@ TEST_P(RealConversion, AChangedByteOfASampleIsRefused) {
         Bytes wrong = right;
         wrong.at(insideSample(wrong, track, 1)) ^= 1;
         writeFile(built_, wrong);
-        const Strings reasons = verify().reasons;
+        const std::vector<std::string> reasons = verify().reasons;
         ASSERT_EQ(reasons.size(), 1U);
         EXPECT_TRUE(Text::contains(reasons[0], ": 1 of ")) << reasons[0];
         EXPECT_TRUE(Text::contains(reasons[0], "frames differ from the original")) << reasons[0];
