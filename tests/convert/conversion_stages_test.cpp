@@ -11,6 +11,7 @@
 #include <functional>
 #include <thread>
 
+#include "convert/film_outcomes.h"
 #include "convert/film_stages.h"
 #include "convert/held_tools.h"
 
@@ -65,10 +66,7 @@ TEST_F(EveryStage, ACancelLeavesNothingAndInTheLastOneComesTooLate) {
     inEach([](StagedConversion& film, const Stage& stage) {
         const WriteOutcome outcome = film.runWith(stage, [&](pid_t) { film.control.cancel(); });
         if (isSaving(stage)) return expectDone(film, outcome);
-        EXPECT_EQ(outcome.status, Status::cancelled);
-        EXPECT_EQ(outcome.message, "cancelled; the original was not touched");
-        EXPECT_THAT(film.delivered(), IsEmpty());
-        EXPECT_TRUE(film.isUntouched());
+        expectCancelled(film, outcome);
     });
 }
 

@@ -4,11 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 
 #include "convert/convert_wording.h"
-#include "convert/film_conversion.h"
+#include "convert/film_outcomes.h"
 #include "convert/mkv_files.h"
 #include "mp4/sound_layout.h"
 #include "support/media.h"
@@ -31,15 +30,6 @@ void keepPictureAndSound(FilmConversion& film) {
     film.plan().subs.clear();
     film.plan().audio.resize(1);
     film.plan().hasChapters = false;
-}
-
-void expectFailure(FilmConversion& film, const std::string& message) {
-    const WriteOutcome outcome = film.run();
-    EXPECT_EQ(outcome.status, Status::failed);
-    EXPECT_EQ(outcome.message, message);
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_TRUE(film.isUntouched());
-    EXPECT_FALSE(outcome.output);
 }
 
 TEST(Converter, MakesANewFileAndTellsWhatItIs) {
@@ -307,28 +297,18 @@ TEST(Converter, AFileThatGrewItsSlicesMeanwhileIsNotSaved) {
 TEST(Converter, ASourceThatIsTouchedMeanwhileIsNotDelivered) {
     FilmConversion film;
     film.useOwnTools();
-    film.at("Verifying", [&] {
-        fs::last_write_time(film.request.source,
-                            fs::last_write_time(film.request.source) + std::chrono::seconds(5));
-    });
-    const WriteOutcome outcome = film.run();
-    EXPECT_EQ(outcome.message,
-              "the original changed while it was being converted; nothing was saved");
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_FALSE(film.hasWorkFolders());
+    touchSourceAt(film, "Verifying");
+    expectChangedMeanwhile(film);
 }
 
 TEST(Converter, ACancelAtAnyStageLeavesNothing) {
     for (const char* stage : {"Preparing the tracks", "Preparing subtitles",
                               "Building the new file", "Writing details", "Verifying"}) {
+        SCOPED_TRACE(stage);
         FilmConversion film;
         film.useOwnTools();
         film.at(stage, [&] { film.control.cancel(); });
-        const WriteOutcome outcome = film.run();
-        EXPECT_EQ(outcome.status, Status::cancelled) << stage;
-        EXPECT_EQ(outcome.message, "cancelled; the original was not touched");
-        EXPECT_THAT(film.delivered(), IsEmpty());
-        EXPECT_TRUE(film.isUntouched());
+        expectCancelled(film, film.run());
     }
 }
 
@@ -337,9 +317,7 @@ TEST(Converter, ACancelEndsTheToolAtWork) {
     film.useTool("echo '(50/100)'; sleep 60");
     film.at(
         "Building the new file", [&] { film.control.cancel(); }, 0.41);
-    EXPECT_EQ(film.run().status, Status::cancelled);
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_TRUE(film.isUntouched());
+    expectCancelled(film, film.run());
 }
 
 TEST(Converter, TheWorkFolderStaysWhenItIsAskedFor) {
@@ -350,127 +328,6 @@ TEST(Converter, TheWorkFolderStaysWhenItIsAskedFor) {
     ASSERT_TRUE(film.hasWorkFolders());
     EXPECT_TRUE(fs::exists(film.workFolder() / "built.mp4"));
     EXPECT_TRUE(fs::is_symlink(film.workFolder() / "source.mkv"));
-}
-
-TEST(Converter, APictureSubtitleIsLeftOutWithANote) {
-    FilmConversion film;
-    film.useOwnTools();
-    film.plan().subs[0].kind = static_cast<int>(SubKind::picture);
-    film.plan().subs[0].name = "English";
-    const WriteOutcome outcome = film.run();
-    EXPECT_EQ(outcome.status, Status::done) << outcome.message;
-    EXPECT_THAT(outcome.changes,
-                testing::Contains("English: no subtitle lines could be read; left out"));
-    EXPECT_EQ(probeValue(*outcome.output, "stream=codec_name").find("mov_text"),
-              probeValue(*outcome.output, "stream=codec_name").rfind("mov_text"));
-}
-
-TEST(Converter, ASubtitleWithoutLinesIsLeftOutWithANote) {
-    FilmConversion film;
-    film.useOwnTools();
-    ConvertPlanSnapshot::Sub gone{.id = "x", .track = 77, .name = "Ghost"};
-    ConvertPlanSnapshot::Sub lost{
-        .id = "y", .sidecar = film.beside("none.srt"), .kind = 2, .name = "Lost"};
-    writeFile(film.beside("nonsense.srt"), bytesOf("--> nothing 12 \xFF\xFE"));
-    ConvertPlanSnapshot::Sub nonsense{
-        .id = "z", .sidecar = film.beside("nonsense.srt"), .kind = 2, .name = "Nonsense"};
-    film.plan().subs = {gone, lost, nonsense};
-    const WriteOutcome outcome = film.run();
-    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
-    for (const char* name : {"Ghost", "Lost", "Nonsense"})
-        EXPECT_THAT(
-            outcome.changes,
-            testing::Contains(std::string(name) + ": no subtitle lines could be read; left out"));
-    EXPECT_THAT(probeValue(*outcome.output, "stream=codec_name"), Not(HasSubstr("mov_text")));
-}
-
-TEST(Converter, SidecarsOfEveryEncodingAreRead) {
-    FilmConversion film;
-    film.useOwnTools();
-    const std::string srt = "1\n00:00:00,100 --> 00:00:00,900\n";
-    std::string wide = "\xFF\xFE";
-    for (const char each : srt + "x") wide += std::string{each, '\0'};
-    writeFile(film.beside("wide.srt"), bytesOf(wide));
-    writeFile(film.beside("latin.srt"), bytesOf(srt + "caf\xE9\n"));
-    film.plan().subs = {
-        {.id = "a", .sidecar = film.beside("wide.srt"), .kind = 2, .language = "eng", .name = "A"},
-        {.id = "b",
-         .sidecar = film.beside("latin.srt"),
-         .kind = 2,
-         .language = "fre",
-         .name = "B"}};
-    const ScopedEnv keep("MARLET_KEEP_WORK", "");
-    const WriteOutcome outcome = film.run();
-    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
-    EXPECT_THAT(textOf(readFile(film.workFolder() / "s2.srt")), HasSubstr("café"));
-    EXPECT_THAT(textOf(readFile(film.workFolder() / "s1.srt")), HasSubstr("\nx\n"));
-}
-
-TEST(Converter, ASoundTrackThatIsNotThereFails) {
-    FilmConversion film;
-    film.useOwnTools();
-    film.plan().audio[0] = {.track = 9, .language = "eng", .makeStereo = true, .channels = 2};
-    expectFailure(film, "sound track 9 not found");
-}
-
-TEST(Converter, SurroundOfFourChannelsFails) {
-    FilmConversion film;
-    film.useOwnTools();
-    film.plan().audio[0].copy = false;
-    film.plan().audio[0].makeSurround = true;
-    film.plan().audio[0].channels = 4;
-    expectFailure(film, "surround conversion needs 6 or 8 channels");
-}
-
-TEST(Converter, WithoutTheSoundToolItSaysSo) {
-    FilmConversion film;
-    film.useTool("exit 1");
-    film.plan().audio[0].copy = false;
-    film.plan().audio[0].makeStereo = true;
-    expectFailure(film, "the media tool (gpac) is missing from this copy of Marlet");
-    EXPECT_THAT(film.labels, testing::Contains("Converting sound (English)"));
-}
-
-TEST(Converter, ConvertedSoundIsAACOfItsLanguageAndNothingOfItIsLeft) {
-    FilmConversion film;
-    film.useOwnTools();
-    film.plan().audio[0].copy = false;
-    film.plan().audio[0].makeStereo = true;
-    const ScopedEnv keep("MARLET_KEEP_WORK", "");
-    const WriteOutcome outcome = film.run();
-    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
-    EXPECT_THAT(outcome.message, HasSubstr("converted sound 2."));
-    std::vector<std::string> left;
-    for (const auto& entry : fs::directory_iterator(film.workFolder() / "sound"))
-        left.push_back(entry.path().filename().string());
-    EXPECT_THAT(left, ElementsAre("t2.m4a"));
-}
-
-TEST(Converter, ALateTrackIsToldAsADelay) {
-    const TempFolder folder;
-    const std::string plain = folder.write("plain.mkv", plainFilm()).string();
-    merge(folder / "late.mkv", {"--sync", "1:300", plain});
-    FilmConversion film("Movie.mkv", readFile(folder / "late.mkv"));
-    film.plan().audio[0].name = "English";
-    film.useTool("exit 1");
-    const std::string arguments = film.arguments();
-    EXPECT_THAT(arguments, HasSubstr("#2:lang=eng:name=English:group=1:delay=300\n"));
-    EXPECT_THAT(arguments, HasSubstr("#1:name=Video\n"));
-}
-
-TEST(Converter, LinesKeepTheirPlaceWhenTheWholeFilmBeginsLate) {
-    const TempFolder folder;
-    const std::string plain = folder.write("plain.mkv", plainFilm()).string();
-    merge(folder / "late.mkv", {"--sync", "0:2000", "--sync", "1:2000", "--sync", "2:2000",
-                                "--sync", "3:2000", "--sync", "4:2000", plain});
-    FilmConversion film("Movie.mkv", readFile(folder / "late.mkv"));
-    film.useOwnTools();
-    film.plan().hasChapters = false;
-    const ScopedEnv keep("MARLET_KEEP_WORK", "");
-    const WriteOutcome outcome = film.run();
-    ASSERT_EQ(outcome.status, Status::done) << outcome.message;
-    EXPECT_THAT(textOf(readFile(film.workFolder() / "s1.srt")),
-                HasSubstr("00:00:00,500 --> 00:00:01,500"));
 }
 
 TEST(Converter, ATruncatedSourceGivesAProvedFileOrASentence) {

@@ -2,15 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
-#include <optional>
-#include <thread>
 
-#include "convert/film_conversion.h"
-#include "convert/mov_films.h"
+#include "convert/quicktime_copy.h"
 #include "foundation/syscalls.h"
 #include "mp4/box.h"
 #include "mp4/sound_layout.h"
@@ -31,31 +26,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-/// A conversion of a QuickTime film by Marlet's own tool.
-class Copy : public FilmConversion {
-public:
-    explicit Copy(const Bytes& film = plainMOV()) : FilmConversion("Movie.mov", film) {
-        useOwnTools();
-    }
-};
-
-void expectFailure(FilmConversion& film, const std::string& message) {
-    const WriteOutcome outcome = film.run();
-    EXPECT_EQ(outcome.status, Status::failed);
-    EXPECT_EQ(outcome.message, message);
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_TRUE(film.isUntouched());
-    EXPECT_FALSE(outcome.output);
-}
-
-void expectDone(FilmConversion& film) {
-    const WriteOutcome outcome = film.run();
-    EXPECT_EQ(outcome.status, Status::done) << outcome.message;
-    EXPECT_EQ(outcome.message, "New file Movie.m4v · every sample checked against the .mov");
-    EXPECT_THAT(film.delivered(), ElementsAre("Movie.m4v"));
-    EXPECT_TRUE(film.isUntouched());
-}
-
 /// Refused although not a byte of disk space is to be had, before any stage.
 void expectRefusal(const Bytes& mov, const std::string& message) {
     Copy film(mov);
@@ -63,12 +33,6 @@ void expectRefusal(const Bytes& mov, const std::string& message) {
     const Sys::Fault noFolder(Sys::Call::MakeFolder, ENOSPC, 1, true);
     expectFailure(film, message);
     EXPECT_THAT(film.labels, IsEmpty());
-}
-
-Bytes withSound(const std::vector<std::string>& sound) {
-    std::vector<std::string> all = {"-map", "0", "-map", "1"};
-    all.insert(all.end(), sound.begin(), sound.end());
-    return movFilm(avc(all));
 }
 
 /// Finds the box by its type and changes bytes of its payload.
@@ -427,214 +391,6 @@ TEST(QuickTimeCopy, AProofThatCannotBeReadRefuses) {
     EXPECT_GT(outcome.message.size(), std::string("verification failed: ").size());
     EXPECT_THAT(film.delivered(), IsEmpty());
     EXPECT_TRUE(film.isUntouched());
-}
-
-// --- chapters
-
-constexpr const char* sameChapters =
-    "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\nCHAPTER02=00:00:01.250\nCHAPTER02NAME=Zwei Ä\n";
-
-TEST(QuickTimeCopy, ChaptersAreCarriedOverAsAFileOfThem) {
-    Copy film(chapteredMOV());
-    film.useTool("exit 1");
-    const std::string arguments = film.arguments();
-    EXPECT_THAT(arguments, HasSubstr("/source.mov#2\n-chap\n"));
-    EXPECT_THAT(arguments, Not(HasSubstr("/source.mov#3")));
-    EXPECT_LT(arguments.find("-chap\n"), arguments.find("-inter\n"));
-}
-
-TEST(QuickTimeCopy, ChaptersAreThereAsAListAndAsTextOfThePicture) {
-    Copy film(chapteredMOV());
-    expectDone(film);
-    const fs::path made = film.output() / "Movie.m4v";
-    EXPECT_EQ(probeValue(made, "chapter=start_time:chapter_tags=title"),
-              "0.000000\nOne\n1.250000\nZwei Ä");
-    const MP4Summary summary = parseSummary(loadMoov(made), made, Detail::Yes);
-    ASSERT_EQ(summary.chpl.size(), 2U);
-    EXPECT_EQ(summary.chpl[1], (Chapter{1250, "Zwei Ä"}));
-    ASSERT_EQ(summary.tracks.size(), 3U);
-    EXPECT_THAT(summary.tracks[0].chapRefs, ElementsAre(summary.tracks[2].id));
-}
-
-TEST(QuickTimeCopy, ChaptersMayComeAsAListAlone) {
-    // As GPAC's tool writes them: no track of text.
-    Copy film(chapteredMOV());
-    const TempFolder folder;
-    const fs::path both =
-        folder.write("both.mp4", builtOf(chapteredMOV(), {1, 2}, 500, sameChapters));
-    runTool({builtProgram("marlet-mux").string(), "-tmp", folder.path().string(), "-inter", "500",
-             "-moovpad", "9000", "-rem", "3", both.string(), "-out",
-             (folder / "list.mp4").string()});
-    film.toolMakes({{0, readFile(folder / "list.mp4")}});
-    expectDone(film);
-    EXPECT_EQ(packetHashes(film.output() / "Movie.m4v").size(), 2U);
-}
-
-TEST(QuickTimeCopy, ChaptersOfAListAloneAreCarriedOver) {
-    // The track of text isn't named any more: it is text like any other.
-    Bytes film = chapteredMOV();
-    const Bytes code = bytesOf("chap");
-    for (auto at = film.begin();
-         (at = std::search(at, film.end(), code.begin(), code.end())) != film.end();)
-        *at++ = 'x';
-    Copy copy(film);
-    expectDone(copy);
-    const fs::path made = copy.output() / "Movie.m4v";
-    const MP4Summary summary = parseSummary(loadMoov(made), made, Detail::Yes);
-    EXPECT_EQ(summary.tracks.size(), 4U);
-    EXPECT_EQ(summary.chpl.size(), 2U);
-}
-
-TEST(QuickTimeCopy, ChaptersThatWereLostAreNotSaved) {
-    Copy film(chapteredMOV());
-    film.toolMakes({{0, builtOf(chapteredMOV(), {1, 2})}});
-    expectFailure(film, "verification failed: chapters were not carried over");
-}
-
-TEST(QuickTimeCopy, ChaptersOfAnotherCountTitleOrStartAreNotSaved) {
-    const std::string sentence =
-        "verification failed: chapter titles or times differ from the original";
-    for (const char* other :
-         {"CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\n",
-          "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\nCHAPTER02=00:00:01.250\nCHAPTER02NAME=Zwo\n",
-          "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\nCHAPTER02=00:00:01.261\nCHAPTER02NAME=Zwei "
-          "Ä\n"}) {
-        Copy film(chapteredMOV());
-        film.toolMakes({{0, builtOf(chapteredMOV(), {1, 2}, 500, other)}});
-        expectFailure(film, sentence);
-    }
-    Copy film(chapteredMOV());
-    film.toolMakes({{0, builtOf(chapteredMOV(), {1, 2}, 500,
-                                "CHAPTER01=00:00:00.000\nCHAPTER01NAME=One\n"
-                                "CHAPTER02=00:00:01.259\nCHAPTER02NAME=Zwei Ä\n")}});
-    expectDone(film);
-}
-
-TEST(QuickTimeCopy, AnotherTrackCannotHideAsChapters) {
-    Copy film(chapteredMOV());
-    film.toolMakes({{0, builtOf(chapteredMOV(), {1}, 500, sameChapters)}});
-    expectFailure(film, "verification failed: track count differs (2 vs 1)");
-}
-
-TEST(QuickTimeCopy, TextThatIsNoChapterIsCopied) {
-    const TempFolder folder;
-    const fs::path lines =
-        folder.write("s.srt", std::string_view("1\n00:00:00,500 --> 00:00:01,500\nHello\n"));
-    Copy film(movFilm(avc({"-map", "0", "-map", "1", "-map", "3", "-c:a", "aac", "-c:s", "mov_text",
-                           "-metadata:s:s:0", "language=eng"}),
-                      lines.string()));
-    expectDone(film);
-    EXPECT_EQ(packetHashes(film.output() / "Movie.m4v").size(), 3U);
-    EXPECT_EQ(packetHashes(film.output() / "Movie.m4v"), packetHashes(film.request.source));
-}
-
-// --- while it runs
-
-constexpr std::array stages = {"Building the new file", "Writing details", "Verifying"};
-
-TEST(QuickTimeCopy, ACancelAtAnyStageLeavesNothing) {
-    for (const char* stage : stages) {
-        Copy film;
-        film.at(stage, [&] { film.control.cancel(); });
-        const WriteOutcome outcome = film.run();
-        EXPECT_EQ(outcome.status, Status::cancelled) << stage;
-        EXPECT_EQ(outcome.message, "cancelled; the original was not touched");
-        EXPECT_THAT(film.delivered(), IsEmpty());
-        EXPECT_TRUE(film.isUntouched());
-    }
-}
-
-TEST(QuickTimeCopy, ACancelEndsTheToolAtWork) {
-    Copy film;
-    film.useTool("echo '(50/100)'; sleep 60");
-    film.at(
-        "Building the new file", [&] { film.control.cancel(); }, 0.2);
-    EXPECT_EQ(film.run().status, Status::cancelled);
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_TRUE(film.isUntouched());
-}
-
-TEST(QuickTimeCopy, APauseAtAnyStageHoldsItAndItGoesOnToItsEnd) {
-    for (const char* stage : stages) {
-        Copy film;
-        std::jthread later;
-        film.at(stage, [&] {
-            film.control.pause();
-            later = std::jthread([&] {
-                // A copy that didn't hold would be at its end by then.
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
-                EXPECT_THAT(film.delivered(), IsEmpty()) << stage;
-                film.control.resume();
-            });
-        });
-        expectDone(film);
-    }
-}
-
-TEST(QuickTimeCopy, ACancelWhileItIsSavedComesTooLate) {
-    Copy film;
-    film.at("Saving the new file", [&] { film.control.cancel(); });
-    expectDone(film);
-}
-
-TEST(QuickTimeCopy, ASourceThatIsTouchedMeanwhileIsNotDelivered) {
-    for (const char* stage : stages) {
-        Copy film;
-        film.at(stage, [&] {
-            fs::last_write_time(film.request.source,
-                                fs::last_write_time(film.request.source) + std::chrono::seconds(5));
-        });
-        EXPECT_EQ(film.run().message,
-                  "the original changed while it was being converted; nothing was saved");
-        EXPECT_THAT(film.delivered(), IsEmpty());
-        EXPECT_FALSE(film.hasWorkFolders());
-    }
-}
-
-TEST(QuickTimeCopy, ASourceThatIsTouchedAtTheEndIsToldAndTheNewFileStays) {
-    Copy film;
-    film.at("Saving the new file", [&] {
-        fs::last_write_time(film.request.source,
-                            fs::last_write_time(film.request.source) + std::chrono::seconds(5));
-    });
-    EXPECT_EQ(film.run().message,
-              "the original changed (it is not touched by Marlet; check what else is using it)");
-    EXPECT_THAT(film.delivered(), ElementsAre("Movie.m4v"));
-    EXPECT_FALSE(film.hasWorkFolders());
-}
-
-TEST(QuickTimeCopy, AnOutputFolderThatIsGoneIsMadeAgain) {
-    Copy film;
-    film.at("Verifying", [&] { fs::remove(film.output()); });
-    expectDone(film);
-}
-
-TEST(QuickTimeCopy, AnOutputFolderThatCannotBeWrittenIsTold) {
-    Copy film;
-    std::optional<Sys::Fault> readOnly;
-    film.at("Saving the new file",
-            [&] { readOnly.emplace(Sys::Call::Open, EROFS, 1, true, film.output()); });
-    std::optional<Sys::Fault> noNames;
-    film.at("Verifying", [&] { noNames.emplace(Sys::Call::RenameIfFree, EROFS, 1, true); });
-    const WriteOutcome outcome = film.run();
-    EXPECT_THAT(outcome.message, StartsWith("saving the new file failed: "));
-    EXPECT_THAT(outcome.message, EndsWith("Read-only file system"));
-    EXPECT_THAT(film.delivered(), IsEmpty());
-    EXPECT_TRUE(film.isUntouched());
-}
-
-TEST(QuickTimeCopy, ATruncatedSourceEndsInASentence) {
-    const Bytes whole = withSound({"-c:a", "aac", "-movflags", "faststart"});
-    for (const double part : {0.1, 0.3, 0.6, 0.95}) {
-        Bytes film = whole;
-        film.resize(static_cast<std::size_t>(static_cast<double>(film.size()) * part));
-        Copy cut(film);
-        const WriteOutcome outcome = cut.run();
-        EXPECT_EQ(outcome.status, Status::failed) << part;
-        EXPECT_FALSE(outcome.message.empty());
-        EXPECT_THAT(cut.delivered(), IsEmpty());
-        EXPECT_TRUE(cut.isUntouched());
-    }
 }
 
 }  // namespace
