@@ -42,11 +42,17 @@ HistoryStore& HistoryStore::shared() {
     return store;
 }
 
-HistoryStore::HistoryStore() {
-    load();
+const std::vector<HistoryEntry>& HistoryStore::entries() const {
+    loadOnce();
+    return entries_;
 }
 
-void HistoryStore::load() {
+void HistoryStore::loadOnce() const {
+    if (!loaded_) load();
+}
+
+void HistoryStore::load() const {
+    loaded_ = true;
     stamp_ = stamp();
     entries_.clear();
     encoded_.clear();
@@ -61,6 +67,7 @@ void HistoryStore::load() {
 }
 
 void HistoryStore::takeInWhatOthersWrote() {
+    loadOnce();
     if (sameStamp(stamp_, stamp())) return;
     std::vector<HistoryEntry> mine = std::move(entries_);
     load();
@@ -86,6 +93,7 @@ void HistoryStore::append(HistoryEntry entry) {
 }
 
 void HistoryStore::clear() {
+    loadOnce();  // a damaged file is kept aside
     entries_.clear();
     encoded_.clear();
     save();
@@ -132,7 +140,7 @@ std::string HistoryStore::csv() const {
     std::string text =
         "Date,File,Title,Show,Season,Episode,Result,Sound layout before (s),"
         "Sound layout after (s),What changed,Note\n";
-    for (const HistoryEntry& entry : entries_) {
+    for (const HistoryEntry& entry : entries()) {
         text += Text::join(
             {Dates::iso8601(entry.date), quoted(entry.path), quoted(entry.title),
              quoted(entry.show.value_or("")), decimal(entry.season), decimal(entry.episode),

@@ -42,9 +42,10 @@ class HistoryStore {
 public:
     static HistoryStore& shared();
 
-    /// Reads Paths::historyFile().
-    HistoryStore();
-    const std::vector<HistoryEntry>& entries() const { return entries_; }
+    /// Reads Paths::historyFile() when it is first needed: a run that only looks at films doesn't
+    /// wait for tens of thousands of entries.
+    HistoryStore() = default;
+    const std::vector<HistoryEntry>& entries() const;
     /// Never fails. A file that could not be read is kept aside under another name first.
     void append(HistoryEntry entry);
     void clear();
@@ -55,18 +56,20 @@ public:
 private:
     static constexpr std::size_t maxFileSize = 1024 * 1024 * 1024;
 
-    void load();
+    void load() const;
+    void loadOnce() const;
     void save();
     void encodeAll();
     /// Another running copy of the program may have appended since we last read or wrote.
     void takeInWhatOthersWrote();
 
-    std::vector<HistoryEntry> entries_;
+    mutable bool loaded_ = false;
+    mutable std::vector<HistoryEntry> entries_;
     /// The entries as JSON, for as many as were encoded; emptied when entries_ changes otherwise
     /// than by an append, which encodes one entry and not thousands.
-    std::vector<std::string> encoded_;
-    bool damaged_ = false;                ///< the file exists but could not be read
-    std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
+    mutable std::vector<std::string> encoded_;
+    mutable bool damaged_ = false;                ///< the file exists but could not be read
+    mutable std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
 };
 
 /// The small pictures that History shows.

@@ -66,6 +66,21 @@ TEST_F(History, WhatWasAppendedIsReadBackNewestFirst) {
     EXPECT_EQ(again.entries()[1], entry("First"));
 }
 
+TEST_F(History, TheFileIsReadWhenItIsFirstNeededSoThatAScanDoesNotWaitForIt) {
+    const HistoryStore store;
+    HistoryStore().append(entry("Later"));
+    EXPECT_EQ(store.entries().size(), 1u);
+}
+
+TEST_F(History, ClearingBeforeAnythingWasReadStillKeepsADamagedFileAside) {
+    writeFile("{");
+    HistoryStore().clear();
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& each : fs::directory_iterator(Paths::documentsDir())) files++;
+    EXPECT_EQ(files, 2u);
+    EXPECT_TRUE(HistoryStore().entries().empty());
+}
+
 TEST_F(History, AnOldFileWithoutTheNewerFieldsLoadsWithThoseEmpty) {
     writeFile(R"([{"id":"A","date":"2020-01-02T03:04:05Z","path":"/a.mp4","title":"Old",
         "isMovie":true,"result":"done","changes":[],"message":"","size":1}])");
