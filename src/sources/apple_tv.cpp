@@ -253,6 +253,8 @@ Task<ExtMovie> AppleTVSource::Impl::details(Shared impl, ExtMovie movie, CancelT
     filled->poster = movie.poster;
     if (!filled->year) filled->year = movie.year;
     if (filled->overview.empty()) filled->overview = movie.overview;
+    if (filled->wide.empty()) filled->wide = movie.wide;
+    if (filled->tall.empty()) filled->tall = movie.tall;
     co_return std::move(*filled);
 }
 

@@ -83,6 +83,10 @@ ExtMovie foundMovie(const json& item) {
     movie.year = year(releaseDate(item));
     movie.overview = text(at(item, "description"));
     movie.poster = AppleTVPictures::listPicture(at(item, "images"));
+    // All that there is when the film's own record can't be had.
+    AppleTVPictures::Pictures pictures = AppleTVPictures::pictures(at(item, "images"));
+    movie.wide = std::move(pictures.wide);
+    movie.tall = std::move(pictures.tall);
     return movie;
 }
 

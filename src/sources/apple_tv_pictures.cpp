@@ -13,7 +13,7 @@ using nlohmann::json;
 
 struct Offer {
     std::string url;
-    double aspect = 0;
+    double aspect = 0;  ///< 0 when the size isn't told
 
     bool isWide() const { return aspect >= 1.6 && aspect <= 2.05; }
     bool isTall() const { return aspect >= 0.5 && aspect <= 0.8; }
@@ -28,8 +28,8 @@ std::optional<Offer> offerOf(const json& image) {
     const auto height = LooseJson::number(LooseJson::at(image, "height"));
     const bool web =
         Text::startsWith(offer.url, "https://") || Text::startsWith(offer.url, "http://");
-    if (!web || !width || !height || !(*width > 0) || !(*height > 0)) return std::nullopt;
-    offer.aspect = *width / *height;
+    if (!web) return std::nullopt;
+    if (width && height && *width > 0 && *height > 0) offer.aspect = *width / *height;
     return offer;
 }
 

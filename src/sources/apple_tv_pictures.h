@@ -19,7 +19,8 @@ struct Pictures {
 /// Those of a cover's shape, in the order of their names; an address only once. Strips such as
 /// logos are left out.
 Pictures pictures(const nlohmann::json& images);
-/// The one small picture for a list: a tall one if there is any, wide ones last.
+/// The one small picture for a list: a tall one if there is any, wide ones last. One whose size
+/// isn't told is of no known shape, and stands between them.
 std::optional<std::string> listPicture(const nlohmann::json& images);
 
 }  // namespace AppleTVPictures

@@ -45,6 +45,17 @@ TEST(AppleTVSearch, KeepsTheOrderOfTheShelvesAndEachTitleOnce) {
     EXPECT_THAT(ids, ElementsAre("b", "a", "c"));
 }
 
+TEST(AppleTVSearch, AFilmComesWithTheSmallPictureAndTheCoversOfItsItem) {
+    const auto found = AppleTVAnswers::parseSearch(parsed(R"({"data":{"canvas":{"shelves":[
+        {"items":[{"type":"Movie","id":"m","title":"M","images":{
+            "a":{"url":"https://a/{w}x{h}.{f}","width":1600,"height":900},
+            "b":{"url":"https://b/{w}x{h}.{f}","width":2000,"height":3000}}}]}]}}})"));
+    ASSERT_EQ(found.movies.size(), 1U);
+    EXPECT_EQ(found.movies[0].poster, "https://b/300x450.jpg");
+    EXPECT_THAT(found.movies[0].wide, ElementsAre("https://a/1920x1080.jpg"));
+    EXPECT_THAT(found.movies[0].tall, ElementsAre("https://b/1600x2400.jpg"));
+}
+
 TEST(AppleTVSearch, SkipsItemsWithoutAnIdOrATitleAndListsOfOtherThings) {
     const auto found = AppleTVAnswers::parseSearch(parsed(R"({"data":{"canvas":{"shelves":[
         7,{"items":"none"},{"items":[null,"x",{"type":"Movie","id":"a"},
@@ -253,6 +264,19 @@ TEST(AppleTVPictures, TheListsPictureIsTallBeforeSquareBeforeWide) {
     EXPECT_EQ(AppleTVPictures::listPicture({{"a", wide}, {"b", square}}), "https://s/300x450.jpg");
     EXPECT_EQ(AppleTVPictures::listPicture({{"a", wide}}), "https://w/300x450.jpg");
     EXPECT_FALSE(AppleTVPictures::listPicture(json::object()));
+}
+
+TEST(AppleTVPictures, OneWithoutASizeServesInAListBeforeAWideOneButIsNoCover) {
+    const json unsized = {{"url", "https://u/{w}x{h}.{f}"}};
+    const json flat = image("https://f/{w}x{h}.{f}", 1000, 0);
+    const json wide = image("https://w/{w}x{h}.{f}", 1920, 1080);
+    const json tall = image("https://t/{w}x{h}.{f}", 1000, 1500);
+    EXPECT_EQ(AppleTVPictures::listPicture({{"a", wide}, {"b", unsized}}), "https://u/300x450.jpg");
+    EXPECT_EQ(AppleTVPictures::listPicture({{"a", wide}, {"b", flat}}), "https://f/300x450.jpg");
+    EXPECT_EQ(AppleTVPictures::listPicture({{"a", unsized}, {"b", tall}}), "https://t/300x450.jpg");
+    const auto found = AppleTVPictures::pictures({{"a", unsized}, {"b", flat}});
+    EXPECT_THAT(found.wide, IsEmpty());
+    EXPECT_THAT(found.tall, IsEmpty());
 }
 
 TEST(AppleTVPictures, OfTwoEqualOnesTheListsPictureIsTheFirstByName) {

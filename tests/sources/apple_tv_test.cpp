@@ -238,12 +238,17 @@ TEST_F(AppleTVTest, AFilmIsFilledInFromItsOwnRecord) {
     found.title = "Heat";
     found.year = 1995;
     found.poster = "https://a/p.jpg";
+    found.wide = {"https://a/w.jpg"};
+    found.tall = {"https://a/t.jpg"};
     stub.web.answer("/uts/v3/movies/m/1",
-                    R"({"data":{"content":{"title":"Heat","duration":10230}}})");
+                    R"({"data":{"content":{"title":"Heat","duration":10230,"images":{"p":{
+                        "url":"https://r/{w}x{h}.{f}","width":2000,"height":3000}}}}})");
     const ExtMovie filled = Async::wait(source.movieDetails(found, {}));
     EXPECT_EQ(filled.minutes, 171);
     EXPECT_EQ(filled.year, 1995);
     EXPECT_EQ(filled.poster, "https://a/p.jpg");
+    EXPECT_THAT(filled.wide, ElementsAre("https://a/w.jpg")) << "the record offers none";
+    EXPECT_THAT(filled.tall, ElementsAre("https://r/1600x2400.jpg")) << "the record's own";
     EXPECT_THAT(stub.web.targets().back(), StartsWith("/uts/v3/movies/m%2F1?"));
     stub.web.answer("/uts/v3/movies/m/2", R"({"data":{}})");
     found.id = "m/2";
