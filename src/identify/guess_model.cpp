@@ -102,7 +102,7 @@ std::optional<Guess> guessFrom(const FileGuess& answer) {
 
 Task<Answer> ask(AIGuesser::Input input, CancelToken cancel) {
     Answer answer;
-    if (!AIGuesser::isAvailable()) co_return answer;
+    if (AIGuesser::disabled() || !AIGuesser::isAvailable()) co_return answer;
     const AIGuesser::Model installed = AIGuesser::state().model;
     const AIGuesser::Model model = installed ? installed : LocalModel::ask;
     try {

@@ -40,6 +40,20 @@ TEST_F(GuessModel, ARunWithoutTheModelSaysThatItWasForced) {
     EXPECT_EQ(AIGuesser::availabilityNote(), "Off (forced for testing)");
 }
 
+TEST_F(GuessModel, ForcedOffItIsNotAskedByAnyone) {
+    bool asked = false;
+    AIGuesser::install([&asked](std::string, std::string, CancelToken) {
+        asked = true;
+        return answering({false, "Heat", 1995, 0, 0});
+    });
+    AIGuesser::setDisabled(true);
+    EXPECT_EQ(Async::wait(ModelCall::run({"Heat 1995.mp4", "/dl", {}})), std::nullopt);
+    EXPECT_FALSE(asked);
+    AIGuesser::setDisabled(false);
+    EXPECT_TRUE(Async::wait(ModelCall::run({"Heat 1995.mp4", "/dl", {}})));
+    EXPECT_TRUE(asked);
+}
+
 TEST_F(GuessModel, ItIsAskedWithNameAndFolder) {
     std::string prompt;
     AIGuesser::install([&prompt](std::string, std::string asked, CancelToken) {
