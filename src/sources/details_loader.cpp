@@ -219,6 +219,8 @@ FileDraft loadExternal(const Match& match, const ManualDetails& manual) {
 Task<FileDraft> loadManual(Match match, ManualDetails manual, std::optional<int> season,
                            std::optional<int> episode, std::shared_ptr<TMDBClient> tmdb) {
     if (match.kind == MediaKind::tv) {
+        // The end of a double episode says nothing of another one.
+        if (match.season != season || match.episode != episode) match.episodeEnd.reset();
         match.season = season;
         match.episode = episode;
     }

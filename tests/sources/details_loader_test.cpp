@@ -474,6 +474,21 @@ TEST_F(DetailsLoaderTest, DetailsTypedByHandStandWithoutAnyService) {
     EXPECT_EQ(Async::wait(DetailsLoader::load(gone, {}, nullptr)).details.title, "Typed in");
 }
 
+TEST_F(DetailsLoaderTest, TheEndOfADoubleEpisodeGoesWhenAnotherEpisodeIsPicked) {
+    Match match = byHand(episodeMatch(), 7);
+    match.season = 2;
+    match.episode = 3;
+    match.episodeEnd = 4;
+    const auto endOf = [&match](int season, int episode) {
+        return Async::wait(
+                   DetailsLoader::loadManual(match, *match.manual, season, episode, nullptr))
+            .details.episodeEnd;
+    };
+    EXPECT_EQ(endOf(2, 3), 4);
+    EXPECT_EQ(endOf(2, 9), std::nullopt);
+    EXPECT_EQ(endOf(1, 3), std::nullopt);
+}
+
 TEST_F(DetailsLoaderTest, SeasonAndEpisodePickedInReviewReplaceThoseOfTheMatch) {
     const Match match = byHand(episodeMatch(), 7);
     const FileDraft draft =
