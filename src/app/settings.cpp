@@ -116,7 +116,11 @@ ArtworkStyle artworkStyle() {
 }
 
 std::string keepLanguages() {
-    return Preferences::current().text("keepLanguages").value_or("English");
+    const Preferences& stored = Preferences::current();
+    if (const auto text = stored.text("keepLanguages")) return *text;
+    // Written into the file by hand, without quotes, the commas make it a list.
+    if (const auto list = stored.texts("keepLanguages")) return Text::join(*list, ", ");
+    return "English";
 }
 
 bool libraryWritesExplained() {

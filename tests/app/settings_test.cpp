@@ -112,6 +112,13 @@ TEST_F(SettingsTest, AValueThatIsNeitherYesNorNoFallsToTheDefault) {
     EXPECT_FALSE(Settings::allowLibraryWrites());
 }
 
+TEST_F(SettingsTest, LanguagesWrittenByHandNeedNoQuotes) {
+    writeByHand("keepLanguages=English, French\n");
+    EXPECT_EQ(Settings::keepLanguages(), "English, French");
+    writeByHand("keepLanguages=\"German, French\"\n");
+    EXPECT_EQ(Settings::keepLanguages(), "German, French");
+}
+
 TEST_F(SettingsTest, AnEmptyOutputFolderCountsAsNone) {
     Preferences::current().setText("outputFolder", "");
     EXPECT_EQ(Settings::outputFolder(), home_.path() / "Desktop");
