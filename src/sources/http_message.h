@@ -18,7 +18,8 @@ struct HttpRequest {
     HttpHeaders headers;
     std::chrono::milliseconds timeout{60000};  ///< without any byte coming in
     std::chrono::milliseconds longest{0};  ///< for the whole answer; 0: as long as bytes come in
-    /// A redirect to another host is an answer, not followed: for an address that holds a key.
+    /// A redirect to another host is an answer, not followed: for an address that holds a key, and
+    /// for answers that only that host may give.
     bool sameHostOnly = false;
     /// Largest body taken, bytes; a longer one is a TransportError.
     std::size_t maxBody = 64 * 1024 * 1024;

@@ -104,6 +104,8 @@ Task<Json> ITunesSource::Impl::send(Shared impl, std::string path, Query query,
     request.headers = {{"accept", "application/json"}};
     request.longest = longest;
     request.maxBody = largestAnswer;
+    // What another host says is no answer of the store, and would be kept as one.
+    request.sameHostOnly = true;
     Task<HttpAnswer> asking =
         impl->session.get(std::move(request), HttpSession::Use::IgnoreCache, cancel);
     const HttpAnswer answer = co_await asking;

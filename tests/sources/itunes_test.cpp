@@ -155,6 +155,21 @@ TEST_F(ITunesTest, AnyOtherStatusIsAnEmptyAnswerAndNotKept) {
     EXPECT_THAT(SourceStub::cached(), IsEmpty());
 }
 
+TEST_F(ITunesTest, ARedirectToAnotherHostIsNotFollowedAndFindsNothing) {
+    HttpStub other;
+    other.answer("/search", heat);
+    stub.web.answer("/search", {{302, "", {{"Location", other.root() + "/search"}}}});
+    EXPECT_THAT(search("Heat"), IsEmpty());
+    EXPECT_EQ(other.count(), 0U);
+    EXPECT_THAT(SourceStub::cached(), IsEmpty());
+}
+
+TEST_F(ITunesTest, ARedirectOnItsOwnHostIsFollowed) {
+    stub.web.answer("/search", {{307, "", {{"Location", "/elsewhere"}}}});
+    stub.web.answer("/elsewhere", heat);
+    EXPECT_EQ(search("Heat").size(), 1U);
+}
+
 TEST_F(ITunesTest, SavedAnswersServeOtherRunsUntilARefresh) {
     stub.web.answer("/search", heat);
     search("Heat");
