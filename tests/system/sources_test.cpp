@@ -274,12 +274,13 @@ TEST_F(Sources, ASecondScanOfALargeLibraryAsksNobody) {
                                                                {"Detour (1945)", 68},
                                                                {"Nobody Made This (1999)", 90},
                                                                {"Sintel (2010)", 15}};
-    for (int i = 0; i < 200; i++) {
-        const auto& [name, minutes] = films[static_cast<std::size_t>(i) % films.size()];
+    constexpr std::size_t count = 2000;
+    for (std::size_t i = 0; i < count; i++) {
+        const auto& [name, minutes] = films[i % films.size()];
         add("Shelf " + std::to_string(i) + "/" + name + ".mp4", minutes);
     }
     const auto first = scan({"--sources=appleTV,tmdb,itunes"});
-    ASSERT_EQ(first.size(), 200U);
+    ASSERT_EQ(first.size(), count);
     EXPECT_LT(run.catalogue().log().size(), 40U) << "no title is asked for twice";
     run.catalogue().resetStats();
     EXPECT_EQ(scan({"--sources=appleTV,tmdb,itunes"}), first);
