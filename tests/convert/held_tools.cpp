@@ -46,15 +46,19 @@ std::optional<pid_t> waitingChild(const std::string& text) {
     return std::nullopt;
 }
 
-/// A tool may read and run what stands in "lib" beside its own "bin".
+/// A tool may read and run what stands in "lib" beside its own "bin". The one process that the
+/// script starts is there before it waits: a shell that is stopped in the middle of a start never
+/// shows itself as stopped. From then on it doesn't mind being told to go on once too often.
 void putHeld(const fs::path& helpers, const std::string& name, const std::string& program,
              const std::string& text) {
     const fs::path real = helpers / "lib" / program;
     if (!fs::exists(real)) fs::copy_file(builtProgram(program), real);
     const fs::path script = helpers / "bin" / ("held-" + name);
     writeFile(script, viewOf("#!/bin/sh\ncase \"$*\" in *'" + text +
-                             "'*)\n  go=; trap 'go=1' USR1\n"
-                             "  while [ -z \"$go\" ]; do sleep 0.02; done ;;\nesac\n"
+                             "'*)\n  sleep 600 >/dev/null 2>&1 & s=$!\n"
+                             "  go=; trap 'go=1' USR1\n"
+                             "  while [ -z \"$go\" ]; do wait $s; done\n"
+                             "  trap '' USR1; kill $s ;;\nesac\n"
                              "exec '" +
                              real.string() + "' \"$@\"\n"));
     fs::permissions(script, fs::perms::owner_all);
@@ -77,7 +81,11 @@ HeldTools::HeldTools(const fs::path& helpers, std::string text, std::function<vo
         }
         if (held_ == 0) return;
         action(held_);
-        ::kill(held_, SIGUSR1);
+        // Told just before it waits, it would not wake.
+        while (!stop.stop_requested() && waits(held_, text_)) {
+            ::kill(held_, SIGUSR1);
+            std::this_thread::sleep_for(betweenLooks);
+        }
     });
 }
 
