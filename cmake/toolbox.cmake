@@ -33,7 +33,9 @@ if(MOLD AND NOT MARLET_FUZZ)
 endif()
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # The sloppiness that it asks for before it keeps what was built with a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
 # A room: one folder, one static library. SEES lists the rooms below it; what it lists is all it
@@ -67,6 +69,12 @@ function(marlet_tests_dir name)
   endforeach()
   set_target_properties(${name}_tests PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  # Reading these is most of the work of building a test.
+  target_precompile_headers(${name}_tests PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm>
+    <filesystem> <functional> <map> <string> <vector>)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${name}_tests PRIVATE -fpch-preprocess)  # for ccache
+  endif()
   gtest_discover_tests(${name}_tests TEST_PREFIX "${name}: " DISCOVERY_MODE PRE_TEST
     PROPERTIES TIMEOUT 300)
 endfunction()
