@@ -7,12 +7,10 @@
 
 #include "foundation/text.h"
 #include "sources/apple_tv_answers.h"
-#include "sources/http_session.h"
-#include "sources/json_object.h"
-#include "sources/politeness.h"
+#include "sources/polite_service.h"
 #include "sources/region.h"
+#include "sources/show_memory.h"
 #include "sources/source_cache.h"
-#include "sources/turnstile.h"
 
 namespace marlet {
 
@@ -25,10 +23,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* publicRoot = "https://uts-api.itunes.apple.com/uts/v3";
-/// The longest real answer has about 2 MB; what is built from JSON takes several times its bytes.
-constexpr std::size_t largestAnswer = 16 * 1024 * 1024;
 constexpr auto silence = 20s;  ///< without any byte coming in
-constexpr auto longest = 60s;  ///< for a whole answer
 
 std::string showPath(const ExtShow& show) {
     return "shows/" + HttpAddress::escaped(show.id);
@@ -47,23 +42,19 @@ Bytes withoutKey(const Bytes& answer, const std::optional<Key>& key) {
 
 }  // namespace
 
-struct AppleTVSource::Impl {
-    Politeness polite{Politeness::appleTVGap};
-    /// One request at a time, and what is asked twice at once is asked once.
-    std::shared_ptr<Turnstile> turns = std::make_shared<Turnstile>(1);
-    HttpSession session;
+struct AppleTVSource::Impl : PoliteService {
+    Impl() : PoliteService(Politeness::appleTVGap) {}
+
     std::optional<Key> key;
-    struct Summary {
-        SeasonSummaries seasons;
-        SourceCache::Instant at;
-    };
-    std::map<std::string, Summary> summaryCache;  ///< by show id
+    ShowMemory<SeasonSummaries> known;
 
     using Shared = std::shared_ptr<Impl>;
 
     static Task<Json> send(Shared impl, std::string path, Query query, std::string cacheKey,
                            CancelToken cancel);
     static Task<> ensureKey(Shared impl, CancelToken cancel);
+    static Task<Json> sendWithKey(Shared impl, std::string path, Query query, std::string cacheKey,
+                                  CancelToken cancel);
     static Task<Json> call(Shared impl, std::string path, Query query, CancelToken cancel);
     static Task<AppleTVAnswers::SearchResult> search(Shared impl, std::string title,
                                                      CancelToken cancel);
@@ -78,26 +69,11 @@ struct AppleTVSource::Impl {
                                                   CancelToken cancel);
     static Task<ExtMovie> details(Shared impl, ExtMovie movie, CancelToken cancel);
 
-    HttpRequest request(const std::string& path, Query query) const;
+    HttpRequest question(const std::string& path, Query query) const;
     void judge(int status);
 };
 
-namespace {
-
-/// Nothing when there is no saved answer, or one that was damaged since.
-std::optional<Json> saved(const std::string& cacheKey) {
-    const auto bytes = SourceCache::read(cacheKey);
-    if (!bytes) return std::nullopt;
-    try {
-        return parseJson(*bytes);
-    } catch (const MFError&) {
-        return std::nullopt;
-    }
-}
-
-}  // namespace
-
-HttpRequest AppleTVSource::Impl::request(const std::string& path, Query query) const {
+HttpRequest AppleTVSource::Impl::question(const std::string& path, Query query) const {
     const Query common = {{"caller", "js"},
                           {"v", "82"},
                           {"locale", Region::locale()},
@@ -107,15 +83,9 @@ HttpRequest AppleTVSource::Impl::request(const std::string& path, Query query) c
         query.emplace_back("utsk", key->utsk);
         query.emplace_back("pfm", key->pfm);
     }
-    HttpRequest made;
-    made.url = HttpAddress::withQuery(
-        HttpAddress::rootOf("MARLET_APPLE_TV_API", publicRoot) + "/" + path, std::move(query));
-    made.headers = {{"accept", "application/json"}};
+    HttpRequest made = request(HttpAddress::withQuery(
+        HttpAddress::rootOf("MARLET_APPLE_TV_API", publicRoot) + "/" + path, std::move(query)));
     made.timeout = silence;
-    made.longest = longest;
-    made.maxBody = largestAnswer;
-    // The address holds the key, and so may the address that a redirect names.
-    made.sameHostOnly = true;
     return made;
 }
 
@@ -130,13 +100,9 @@ void AppleTVSource::Impl::judge(int status) {
 
 Task<Json> AppleTVSource::Impl::send(Shared impl, std::string path, Query query,
                                      std::string cacheKey, CancelToken cancel) {
-    Task<> waiting = impl->polite.wait(cancel);
-    co_await waiting;
-    cancel.check();
     HttpAnswer answer;
     try {
-        Task<HttpAnswer> asking = impl->session.get(impl->request(path, std::move(query)),
-                                                    HttpSession::Use::IgnoreCache, cancel);
+        Task<HttpAnswer> asking = get(impl, impl->question(path, std::move(query)), cancel);
         answer = co_await asking;
     } catch (const TransportError&) {
         impl->polite.failed(Politeness::Failure::Soft);
@@ -158,19 +124,20 @@ Task<> AppleTVSource::Impl::ensureKey(Shared impl, CancelToken cancel) {
     if (!impl->key) throw SourceError("Apple TV gave no key");
 }
 
-Task<Json> AppleTVSource::Impl::call(Shared impl, std::string path, Query query,
-                                     CancelToken cancel) {
-    const std::string cacheKey = AppleTVSource::cacheKey(path, query);
-    if (auto known = saved(cacheKey)) co_return std::move(*known);
-    Task<Turnstile::Place> entering = Turnstile::enter(impl->turns, cancel);
-    const Turnstile::Place place = co_await entering;
-    // The one before may have asked the same.
-    if (auto known = saved(cacheKey)) co_return std::move(*known);
+Task<Json> AppleTVSource::Impl::sendWithKey(Shared impl, std::string path, Query query,
+                                            std::string cacheKey, CancelToken cancel) {
     Task<> ensuring = ensureKey(impl, cancel);
     co_await ensuring;
     Task<Json> sending = send(impl, path, std::move(query), cacheKey, cancel);
     Json answer = co_await sending;
     co_return answer;
+}
+
+Task<Json> AppleTVSource::Impl::call(Shared impl, std::string path, Query query,
+                                     CancelToken cancel) {
+    const std::string cacheKey = AppleTVSource::cacheKey(path, query);
+    const auto ask = [=] { return sendWithKey(impl, path, query, cacheKey, cancel); };
+    return answer(impl, cacheKey, ask, cancel);
 }
 
 Task<AppleTVAnswers::SearchResult> AppleTVSource::Impl::search(Shared impl, std::string title,
@@ -205,15 +172,12 @@ Task<ExtShowInfo> AppleTVSource::Impl::info(Shared impl, ExtShow show, CancelTok
 
 Task<std::optional<SeasonSummaries>> AppleTVSource::Impl::summaries(Shared impl, ExtShow show,
                                                                     CancelToken cancel) {
-    const auto held = impl->summaryCache.find(show.id);
-    if (held != impl->summaryCache.end() && SourceCache::isGood(held->second.at)) {
-        std::optional<SeasonSummaries> known = held->second.seasons;
-        co_return known;
-    }
+    std::optional<SeasonSummaries> known = impl->known.find(show.id);
+    if (known) co_return known;
     Task<Json> calling = call(impl, showPath(show) + "/episodes", {}, cancel);
     const Json answer = co_await calling;
     std::optional<SeasonSummaries> found = AppleTVAnswers::parseSeasonSummaries(answer);
-    if (found) impl->summaryCache[show.id] = {*found, std::chrono::system_clock::now()};
+    if (found) impl->known.keep(show.id, *found);
     co_return found;
 }
 

@@ -1,19 +1,16 @@
 #include "sources/itunes.h"
 
-#include <chrono>
 #include <map>
 #include <optional>
 #include <utility>
 
 #include "sources/http_address.h"
-#include "sources/http_session.h"
 #include "sources/itunes_answers.h"
-#include "sources/json_object.h"
 #include "sources/loose_json.h"
-#include "sources/politeness.h"
+#include "sources/polite_service.h"
 #include "sources/region.h"
+#include "sources/show_memory.h"
 #include "sources/source_cache.h"
-#include "sources/turnstile.h"
 
 namespace marlet {
 
@@ -21,12 +18,7 @@ using HttpAddress::Query;
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr const char* publicRoot = "https://itunes.apple.com";
-/// 200 episodes with their descriptions have about half a megabyte.
-constexpr std::size_t largestAnswer = 16 * 1024 * 1024;
-constexpr auto longest = 60s;  ///< for a whole answer
 
 using SeasonIDs = std::map<int, std::int64_t>;
 
@@ -35,36 +27,20 @@ Json resultsOf(const Json& answer) {
     return results.is_array() ? results : Json::array();
 }
 
-/// Nothing when there is no saved answer, or one that was damaged since.
-std::optional<Json> saved(const std::string& cacheKey) {
-    const auto bytes = SourceCache::read(cacheKey);
-    if (!bytes) return std::nullopt;
-    try {
-        return resultsOf(parseJson(*bytes));
-    } catch (const MFError&) {
-        return std::nullopt;
-    }
-}
-
 Query lookup(const std::string& id, const char* entity) {
     return {{"id", id}, {"entity", entity}, {"limit", "200"}};
 }
 
 }  // namespace
 
-struct ITunesSource::Impl {
-    Politeness polite{Politeness::itunesGap};
-    /// One request at a time, and what is asked twice at once is asked once.
-    std::shared_ptr<Turnstile> turns = std::make_shared<Turnstile>(1);
-    HttpSession session;
-    struct Collections {
-        SeasonIDs ids;
-        SourceCache::Instant at;
-    };
-    std::map<std::string, Collections> seasonIDs;  ///< by show id
+struct ITunesSource::Impl : PoliteService {
+    Impl() : PoliteService(Politeness::itunesGap) {}
+
+    ShowMemory<SeasonIDs> known;
 
     using Shared = std::shared_ptr<Impl>;
 
+    /// The results of an answer; none when the store doesn't know what is asked.
     static Task<Json> fetch(Shared impl, std::string path, Query query, CancelToken cancel);
     static Task<Json> send(Shared impl, std::string path, Query query, std::string cacheKey,
                            CancelToken cancel);
@@ -83,31 +59,17 @@ Task<Json> ITunesSource::Impl::fetch(Shared impl, std::string path, Query query,
                                      CancelToken cancel) {
     query.emplace_back("country", Region::storeCountry());
     const std::string cacheKey = "itunes|" + path + "|" + HttpAddress::plainQuery(query);
-    if (auto known = saved(cacheKey)) co_return std::move(*known);
-    Task<Turnstile::Place> entering = Turnstile::enter(impl->turns, cancel);
-    const Turnstile::Place place = co_await entering;
-    // The one before may have asked the same.
-    if (auto known = saved(cacheKey)) co_return std::move(*known);
-    Task<Json> sending = send(impl, path, std::move(query), cacheKey, cancel);
-    Json results = co_await sending;
-    co_return results;
+    const auto ask = [=] { return send(impl, path, query, cacheKey, cancel); };
+    Task<Json> asking = answer(impl, cacheKey, ask, cancel);
+    const Json told = co_await asking;
+    co_return resultsOf(told);
 }
 
 Task<Json> ITunesSource::Impl::send(Shared impl, std::string path, Query query,
                                     std::string cacheKey, CancelToken cancel) {
-    Task<> waiting = impl->polite.wait(cancel);
-    co_await waiting;
-    cancel.check();
-    HttpRequest request;
-    request.url = HttpAddress::withQuery(
+    const std::string url = HttpAddress::withQuery(
         HttpAddress::rootOf("MARLET_ITUNES_API", publicRoot) + "/" + path, std::move(query));
-    request.headers = {{"accept", "application/json"}};
-    request.longest = longest;
-    request.maxBody = largestAnswer;
-    // What another host says is no answer of the store, and would be kept as one.
-    request.sameHostOnly = true;
-    Task<HttpAnswer> asking =
-        impl->session.get(std::move(request), HttpSession::Use::IgnoreCache, cancel);
+    Task<HttpAnswer> asking = get(impl, request(url), cancel);
     const HttpAnswer answer = co_await asking;
     const int status = answer.status;
     // The service refuses with 403 when it has had enough.
@@ -116,11 +78,11 @@ Task<Json> ITunesSource::Impl::send(Shared impl, std::string path, Query query,
         throw SourceError("The iTunes Store answered with an error (" + std::to_string(status) +
                           ")");
     }
-    if (status != 200) co_return Json::array();
-    Json results = resultsOf(parseJson(answer.body));
+    if (status != 200) co_return Json();
+    Json told = parseJson(answer.body);
     impl->polite.succeeded();
     SourceCache::write(answer.body, cacheKey);
-    co_return results;
+    co_return told;
 }
 
 Task<std::vector<ExtShow>> ITunesSource::Impl::shows(Shared impl, std::string title,
@@ -144,18 +106,14 @@ Task<std::vector<ExtShow>> ITunesSource::Impl::shows(Shared impl, std::string ti
 Task<Json> ITunesSource::Impl::collections(Shared impl, ExtShow show, CancelToken cancel) {
     Task<Json> fetching = fetch(impl, "lookup", lookup(show.id, "tvSeason"), cancel);
     Json results = co_await fetching;
-    impl->seasonIDs[show.id] = {ITunesAnswers::seasonCollections(results),
-                                std::chrono::system_clock::now()};
+    impl->known.keep(show.id, ITunesAnswers::seasonCollections(results));
     co_return results;
 }
 
 Task<SeasonIDs> ITunesSource::Impl::seasonCollections(Shared impl, ExtShow show,
                                                       CancelToken cancel) {
-    const auto held = impl->seasonIDs.find(show.id);
-    if (held != impl->seasonIDs.end() && SourceCache::isGood(held->second.at)) {
-        SeasonIDs known = held->second.ids;
-        co_return known;
-    }
+    std::optional<SeasonIDs> known = impl->known.find(show.id);
+    if (known) co_return std::move(*known);
     Task<Json> asking = collections(impl, std::move(show), cancel);
     const Json results = co_await asking;
     co_return ITunesAnswers::seasonCollections(results);
