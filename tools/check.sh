@@ -27,7 +27,7 @@ fi
 drawn=$(sed -n '/^```arrows$/,/^```$/p' docs/architecture.md | grep -v '^```')
 real=$(for room in src/*/; do
     room=$(basename "$room")
-    sees=$(grep -hoE '#include "[a-z0-9_]+/' src/"$room"/*.h src/"$room"/*.cpp 2>/dev/null |
+    sees=$(grep -hoE '#include "[a-z0-9_]+/' -r --include=*.h --include=*.cpp src/"$room" 2>/dev/null |
         sed -E 's/#include "([a-z0-9_]+)\//\1/' | sort -u | grep -vx "$room" | tr '\n' ' ' || true)
     echo "$room: ${sees% }"
 done)

@@ -72,6 +72,12 @@ std::string report(const AppModel& model);
 /// False when it can't be written, which nobody is told of but "--strict-exit".
 bool writeReport(const std::filesystem::path& to, const AppModel& model);
 
+/// Takes the pictures that the options ask for; the screens' part of a scripted run.
+class Shots {
+public:
+    virtual ~Shots() = default;
+};
+
 /// A write or a scan leaves the program open unless "--quit" was given, and so does a run without
 /// a mode; every other mode ends it.
 bool endsTheProgram(const Options& options);

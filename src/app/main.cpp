@@ -6,6 +6,7 @@
 
 #include "app/app_model.h"
 #include "app/console_progress.h"
+#include "app/front.h"
 #include "app/headless.h"
 #include "app/quit_gate.h"
 #include "app/settings.h"
@@ -37,7 +38,7 @@ Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options) {
     co_return run;
 }
 
-Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
+Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options, bool hasWindow) {
     Headless::Run run{.end = Headless::endsTheProgram(options), .ended = RunEnd::failed};
     // Until all is done it isn't, whatever ends the program.
     if (options.strictExit) gate.setStatus(static_cast<int>(RunEnd::failed));
@@ -50,9 +51,10 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options) {
     }
     if (options.strictExit) gate.setStatus(static_cast<int>(run.ended));
     if (run.end) gate.requestQuit();
-    if (!RunMode::automated() && ConsoleProgress::isWanted())
+    if (!hasWindow && !RunMode::automated() && ConsoleProgress::isWanted())
         std::fputs(
-            "Marlet has no window yet. Try: marlet --scan FOLDER --report FILE --quit\n"
+            "Marlet finds no display to open its window on. Try: marlet --scan FOLDER --report "
+            "FILE --quit\n"
             "Ctrl+C ends it.\n",
             stderr);
 }
@@ -66,14 +68,17 @@ int main(int argc, char** argv) {
         std::fputs(answer->c_str(), stdout);
         return std::fflush(stdout) == 0 ? 0 : 1;
     }
-    const QCoreApplication application(argc, argv);
+    const Headless::Options options = Headless::parse(RunMode::arguments());
+    const auto application = Front::makeApplication(argc, argv, options);
     QCoreApplication::setApplicationName(QStringLiteral("marlet"));
     Preferences::install(Settings::open());
 
     AppModel model;
     QuitGate gate;
+    const auto front = Front::make(model, gate, options);
+    if (front) front->open();
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(),
-        [&] { launch(model, gate, Headless::parse(RunMode::arguments())); }, Qt::QueuedConnection);
+        QCoreApplication::instance(), [&] { launch(model, gate, options, front != nullptr); },
+        Qt::QueuedConnection);
     return QCoreApplication::exec();
 }

@@ -1,0 +1,150 @@
+#include "screens/frame/screens.h"
+
+#include "app/app_model.h"
+#include "app/quit_gate.h"
+#include "foundation/run_control.h"
+#include "screens/base/qt_text.h"
+#include "screens/desktop/desktop_model.h"
+#include "screens/history/history_model.h"
+#include "screens/inspector/inspector_model.h"
+#include "screens/picker/picker_model.h"
+#include "screens/queue/queue_model.h"
+#include "screens/review/review_model.h"
+#include "screens/settings/settings_model.h"
+
+namespace marlet {
+
+namespace {
+
+Screens* living = nullptr;
+
+}  // namespace
+
+Screens::Screens(AppModel& model, QuitGate& gate, QObject* parent)
+    : QObject(parent),
+      model_(model),
+      gate_(gate),
+      review_(new ReviewModel(model, this)),
+      inspector_(new InspectorModel(model, this)),
+      picker_(new PickerModel(model, this)),
+      queue_(new QueueModel(model, this)),
+      history_(new HistoryModel(model, this)),
+      settings_(new SettingsModel(model, this)),
+      desktop_(new DesktopModel(model, this)),
+      parts_{review_, inspector_, picker_, queue_, history_, settings_, desktop_} {
+    living = this;
+    soon_.setSingleShot(true);
+    connect(&soon_, &QTimer::timeout, this, [this] { refreshNow(); });
+    model_.onChanged = [this] { refreshSoon(); };
+    refreshNow();
+}
+
+Screens::~Screens() {
+    model_.onChanged = nullptr;
+    living = nullptr;
+}
+
+Screens* Screens::create(QQmlEngine*, QJSEngine*) {
+    QJSEngine::setObjectOwnership(living, QJSEngine::CppOwnership);
+    return living;
+}
+
+void Screens::refreshSoon() {
+    if (!soon_.isActive()) soon_.start(0);
+}
+
+void Screens::refreshNow() {
+    soon_.stop();
+    for (ScreenPart* part : parts_) part->refresh();
+    if (model_.openSettingsTick != settingsTick_) {
+        settingsTick_ = model_.openSettingsTick;
+        Q_EMIT settingsAsked();
+    }
+    Q_EMIT changed();
+}
+
+int Screens::tab() const {
+    return static_cast<int>(model_.tab);
+}
+
+void Screens::setTab(int tab) {
+    model_.tab = static_cast<AppModel::Tab>(std::clamp(tab, 0, 2));
+    Q_EMIT changed();
+}
+
+QString Screens::reviewCount() const {
+    return tr("%1 ready").arg(model_.readyCount());
+}
+
+QString Screens::queueCount() const {
+    const WriteQueue& queue = model_.queue();
+    if (queue.active())
+        return tr("%1 %").arg(static_cast<int>(100 * queue.doneBytes() / queue.totalBytes()));
+    return queue.waitingCount() == 0 ? QString() : tr("%1 waiting").arg(queue.waitingCount());
+}
+
+QString Screens::historyCount() const {
+    const auto count = static_cast<int>(model_.history().entries().size());
+    return count == 1 ? tr("%1 item").arg(count) : tr("%1 items").arg(count);
+}
+
+QString Screens::notice() const {
+    return toQt(model_.notice);
+}
+
+QString Screens::toast() const {
+    return toQt(model_.toast());
+}
+
+bool Screens::inspectorShown() const {
+    return model_.inspectorShown;
+}
+
+void Screens::setInspectorShown(bool shown) {
+    model_.inspectorShown = shown;
+    Q_EMIT changed();
+}
+
+bool Screens::askClearHistory() const {
+    return model_.askClearHistory;
+}
+
+void Screens::add(const QList<QUrl>& urls) {
+    std::vector<std::filesystem::path> paths;
+    for (const QUrl& url : urls)
+        if (url.isLocalFile()) paths.emplace_back(fromQt(url.toLocalFile()));
+    if (!paths.empty()) model_.add(std::move(paths));
+}
+
+void Screens::closeNotice() {
+    model_.notice.reset();
+    refreshSoon();
+}
+
+void Screens::askToClearHistory() {
+    model_.tab = AppModel::Tab::history;
+    model_.askClearHistory = true;
+    refreshSoon();
+}
+
+void Screens::answerClearHistory(bool clear) {
+    model_.askClearHistory = false;
+    if (clear) model_.history().clear();
+    refreshSoon();
+}
+
+void Screens::openSettings() {
+    Q_EMIT settingsAsked();
+}
+
+void Screens::openAbout() {
+    Q_EMIT aboutAsked();
+}
+
+void Screens::quit() {
+    quitWaits_ = RunControl::criticalActive();
+    Q_EMIT changed();
+    gate_.requestQuit();
+}
+
+}  // namespace marlet
