@@ -22,6 +22,12 @@ constexpr const char* publicRoot = "https://itunes.apple.com";
 
 using SeasonIDs = std::map<int, std::int64_t>;
 
+/// What the store lists of a show, a collection for each season.
+struct Collections {
+    Json results;
+    SeasonIDs ids;
+};
+
 Json resultsOf(const Json& answer) {
     const Json& results = LooseJson::at(answer, "results");
     return results.is_array() ? results : Json::array();
@@ -44,7 +50,7 @@ struct ITunesSource::Impl : PoliteService {
     static Task<Json> fetch(Shared impl, std::string path, Query query, CancelToken cancel);
     static Task<Json> send(Shared impl, std::string path, Query query, std::string cacheKey,
                            CancelToken cancel);
-    static Task<Json> collections(Shared impl, ExtShow show, CancelToken cancel);
+    static Task<Collections> collections(Shared impl, ExtShow show, CancelToken cancel);
     static Task<SeasonIDs> seasonCollections(Shared impl, ExtShow show, CancelToken cancel);
 
     static Task<std::vector<ExtShow>> shows(Shared impl, std::string title, CancelToken cancel);
@@ -103,26 +109,28 @@ Task<std::vector<ExtShow>> ITunesSource::Impl::shows(Shared impl, std::string ti
     co_return ITunesAnswers::shows(more);
 }
 
-Task<Json> ITunesSource::Impl::collections(Shared impl, ExtShow show, CancelToken cancel) {
+Task<Collections> ITunesSource::Impl::collections(Shared impl, ExtShow show, CancelToken cancel) {
     Task<Json> fetching = fetch(impl, "lookup", lookup(show.id, "tvSeason"), cancel);
-    Json results = co_await fetching;
-    impl->known.keep(show.id, ITunesAnswers::seasonCollections(results));
-    co_return results;
+    Collections found;
+    found.results = co_await fetching;
+    found.ids = ITunesAnswers::seasonCollections(found.results);
+    impl->known.keep(show.id, found.ids);
+    co_return found;
 }
 
 Task<SeasonIDs> ITunesSource::Impl::seasonCollections(Shared impl, ExtShow show,
                                                       CancelToken cancel) {
     std::optional<SeasonIDs> known = impl->known.find(show.id);
     if (known) co_return std::move(*known);
-    Task<Json> asking = collections(impl, std::move(show), cancel);
-    const Json results = co_await asking;
-    co_return ITunesAnswers::seasonCollections(results);
+    Task<Collections> asking = collections(impl, std::move(show), cancel);
+    Collections found = co_await asking;
+    co_return std::move(found.ids);
 }
 
 Task<ExtShowInfo> ITunesSource::Impl::info(Shared impl, ExtShow show, CancelToken cancel) {
-    Task<Json> asking = collections(impl, show, cancel);
-    const Json results = co_await asking;
-    co_return ITunesAnswers::showInfo(results, show);
+    Task<Collections> asking = collections(impl, show, cancel);
+    const Collections found = co_await asking;
+    co_return ITunesAnswers::showInfo(found.results, show);
 }
 
 Task<std::vector<int>> ITunesSource::Impl::seasons(Shared impl, ExtShow show, CancelToken cancel) {
