@@ -32,15 +32,23 @@ bool isSameChapter(const Chapter& wanted, const Chapter& told) {
     return std::abs(wanted.ms - told.ms) <= tolerance && isSameTitle(wanted.title, told.title);
 }
 
+bool isSameList(std::vector<Chapter> wanted, const std::vector<Chapter>& told) {
+    if (wanted.size() > mostInList && told.size() == mostInList) wanted.resize(mostInList);
+    return std::ranges::equal(wanted, told, isSameChapter);
+}
+
 }  // namespace
 
 bool chaptersMatch(const std::vector<Chapter>& a, const std::vector<Chapter>& b) {
     return std::ranges::equal(a, b, isSame);
 }
 
-bool isSameChapterList(std::vector<Chapter> wanted, const std::vector<Chapter>& told) {
-    if (wanted.size() > mostInList && told.size() == mostInList) wanted.resize(mostInList);
-    return std::ranges::equal(wanted, told, isSameChapter);
+bool tellChapters(const ChapterPlaces& places, const std::vector<Chapter>& wanted) {
+    if (places.areNone()) return false;
+    if (!places.list.empty() && !isSameList(wanted, places.list)) return false;
+    return std::ranges::all_of(places.tracks, [&](const Track* track) {
+        return isSameList(wanted, chaptersInTrack(places.file, *track));
+    });
 }
 
 }  // namespace marlet

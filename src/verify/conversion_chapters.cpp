@@ -23,16 +23,13 @@ void checkChapters(const MKVFile& mkv, const std::filesystem::path& built,
     const bool hasText = std::ranges::any_of(
         summary.tracks, [](const Track& track) { return track.handler == "text"; });
     if (summary.chpl.empty() && !hasText) {
-        into.reasons.push_back("chapters were not carried over");
+        into.reasons.emplace_back(chaptersLost);
         return;
     }
-    const std::vector<Chapter> wanted = chaptersOf(mkv);
-    const auto texts = chapterTracks(summary.tracks);
-    bool isSame = summary.chpl.empty() ? !texts.empty() : isSameChapterList(wanted, summary.chpl);
-    for (const std::size_t position : texts)
-        isSame =
-            isSame && isSameChapterList(wanted, chaptersInTrack(built, summary.tracks[position]));
-    if (!isSame) into.reasons.push_back("chapter titles or times differ from the original");
+    ChapterPlaces places{built, summary.chpl, {}};
+    for (const std::size_t position : chapterTracks(summary.tracks))
+        places.tracks.push_back(&summary.tracks[position]);
+    if (!tellChapters(places, chaptersOf(mkv))) into.reasons.emplace_back(chaptersDiffer);
 }
 
 }  // namespace marlet::ConvertVerify

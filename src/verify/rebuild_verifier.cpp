@@ -159,15 +159,14 @@ void compareChapters(const fs::path& originalFile, const VerifiedSide& original,
     }
 }
 
-/// Each place where a player looks for chapters tells them.
 void compareNewChapters(const std::vector<Chapter>& wanted, const fs::path& file, const Side& side,
                         VerifyReport& report) {
-    if (side.summary.chpl.empty() && side.chapterTracks.empty())
-        report.reasons.emplace_back("chapters were not carried over");
-    bool isSame = side.summary.chpl.empty() || isSameChapterList(wanted, side.summary.chpl);
-    for (const Track& track : side.chapterTracks)
-        isSame = isSame && isSameChapterList(wanted, chaptersInTrack(file, track));
-    if (!isSame) report.reasons.emplace_back("chapter titles or times differ from the original");
+    ChapterPlaces places{file, side.summary.chpl, {}};
+    for (const Track& track : side.chapterTracks) places.tracks.push_back(&track);
+    if (places.areNone())
+        report.reasons.emplace_back(chaptersLost);
+    else if (!tellChapters(places, wanted))
+        report.reasons.emplace_back(chaptersDiffer);
 }
 
 void compareTagBlocks(const MP4Summary& original, const MP4Summary& rebuilt, VerifyReport& report) {
