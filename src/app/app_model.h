@@ -16,6 +16,7 @@
 #include "app/plan_store.h"
 #include "app/review_list.h"
 #include "app/track_store.h"
+#include "app/unfinished_offer.h"
 #include "app/write_queue.h"
 #include "foundation/records.h"
 #include "identify/matcher.h"
@@ -124,7 +125,7 @@ public:
     Task<> addToQueueNow(std::vector<LibraryItem> items);
     bool isAdding() const { return adding_ > 0; }
     void restoreOriginal(const Path& file);
-    void restoreBatch(const std::vector<HistoryEntry>& entries);
+    void restoreBatch(const HistoryList& entries);
     const std::map<Path, ResolvedFile>& queuedFiles() const { return queuedFiles_; }
     static std::string label(const Details& details, const Path& file);
     /// The sound and subtitle tracks that a conversion leaves out: "2 sounds, 1 subtitle removed".
@@ -134,6 +135,14 @@ public:
     static Path outputFolder();
     /// Set for the run by "--output-dir".
     static std::optional<Path> outputOverride;
+
+    // What an earlier run left unfinished.
+    /// Stays until it is taken or declined, and beyond the end of the program.
+    const std::optional<UnfinishedOffer>& unfinishedOffer() const { return offer_; }
+    /// The files come back into Review with what a person had corrected, and those that waited for
+    /// the queue go back to it, which isn't started. Nothing while the queue runs, but a toast.
+    void resumeUnfinished();
+    void discardUnfinished();
 
     // Messages and what is shown.
     const std::optional<std::string>& toast() const { return toast_; }
@@ -218,6 +227,7 @@ private:
     std::optional<std::string> toast_;
     int toastNumber_ = 0;
     int adding_ = 0;  ///< queueings under way
+    std::optional<UnfinishedOffer> offer_;
     /// Cancelled when the model goes: every wait in here is a wait on this token, too.
     CancelToken life_;
 };
