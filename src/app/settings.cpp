@@ -5,7 +5,10 @@
 #include <QVariant>
 #include <mutex>
 
+#include "app/headless.h"
+#include "foundation/file_ops.h"
 #include "foundation/paths.h"
+#include "foundation/run_mode.h"
 #include "foundation/text.h"
 
 namespace marlet::Settings {
@@ -32,7 +35,8 @@ public:
 
     std::optional<std::string> text(const std::string& key) const override {
         const QVariant value = read(key);
-        if (!value.isValid() || value.typeId() == QMetaType::QStringList) return std::nullopt;
+        if (!value.isValid()) return std::nullopt;
+        if (value.typeId() == QMetaType::QStringList) return unquoted(key);
         return value.toString().toStdString();
     }
 
@@ -60,6 +64,24 @@ public:
     }
 
 private:
+    /// A text with commas that was written by hand without quotes is a list to QSettings, which
+    /// forgets the blanks around them. What a path is made of counts, so the line itself is read.
+    std::optional<std::string> unquoted(const std::string& key) const {
+        const auto file = FileOps::readSmall(Paths::preferencesFile());
+        if (!file) return std::nullopt;
+        bool isGeneral = false;
+        for (const std::string& each : Text::split(textOf(*file), '\n')) {
+            const std::string line = Text::trim(each);
+            if (Text::startsWith(line, "[")) isGeneral = line == "[General]";
+            const std::size_t equals = line.find('=');
+            if (!isGeneral || equals == std::string::npos) continue;
+            const std::string value = Text::trim(line.substr(equals + 1));
+            if (Text::trim(line.substr(0, equals)) == key &&
+                value.find_first_of("\"\\") == std::string::npos)
+                return value;
+        }
+        return std::nullopt;
+    }
     QVariant read(const std::string& key) const {
         const std::lock_guard lock(mutex_);
         return settings_.value(qt(key));
@@ -101,8 +123,16 @@ bool allowLibraryWrites() {
     return Preferences::current().boolean("allowLibraryWrites").value_or(false);
 }
 
+void setAllowLibraryWrites(bool on) {
+    Preferences::current().setBoolean("allowLibraryWrites", on);
+}
+
 bool outputSameFolder() {
     return Preferences::current().boolean("outputSameFolder").value_or(false);
+}
+
+void setOutputSameFolder(bool on) {
+    Preferences::current().setBoolean("outputSameFolder", on);
 }
 
 std::filesystem::path outputFolder() {
@@ -110,21 +140,37 @@ std::filesystem::path outputFolder() {
     return stored.empty() ? Paths::homeDir() / "Desktop" : std::filesystem::path(stored);
 }
 
+void setOutputFolder(const std::filesystem::path& folder) {
+    // Not trimmed: a folder's name may end in a blank.
+    if (folder.empty())
+        Preferences::current().remove("outputFolder");
+    else
+        Preferences::current().setText("outputFolder", folder.string());
+}
+
 ArtworkStyle artworkStyle() {
     return Preferences::current().text("artworkStyle") == "tall" ? ArtworkStyle::tall
                                                                  : ArtworkStyle::wide;
 }
 
+void setArtworkStyle(ArtworkStyle style) {
+    Preferences::current().setText("artworkStyle", style == ArtworkStyle::tall ? "tall" : "wide");
+}
+
 std::string keepLanguages() {
-    const Preferences& stored = Preferences::current();
-    if (const auto text = stored.text("keepLanguages")) return *text;
-    // Written into the file by hand, without quotes, the commas make it a list.
-    if (const auto list = stored.texts("keepLanguages")) return Text::join(*list, ", ");
-    return "English";
+    return Preferences::current().text("keepLanguages").value_or("English");
+}
+
+void setKeepLanguages(const std::string& list) {
+    setOrRemove("keepLanguages", list);
 }
 
 bool libraryWritesExplained() {
     return Preferences::current().boolean("libraryWritesExplained").value_or(false);
+}
+
+void setLibraryWritesExplained(bool answered) {
+    Preferences::current().setBoolean("libraryWritesExplained", answered);
 }
 
 Appearance appearance() {
@@ -132,6 +178,17 @@ Appearance appearance() {
     if (stored == "Light") return Appearance::light;
     if (stored == "Dark") return Appearance::dark;
     return Appearance::automatic;
+}
+
+void setAppearance(Appearance look) {
+    constexpr const char* names[] = {"Automatic", "Light", "Dark"};
+    Preferences::current().setText("appearance", names[static_cast<int>(look)]);
+}
+
+Appearance effectiveAppearance() {
+    const auto forThisRun = Headless::value("--appearance", RunMode::arguments());
+    if (!forThisRun) return appearance();
+    return *forThisRun == "dark" ? Appearance::dark : Appearance::light;
 }
 
 bool appleTVOn() {

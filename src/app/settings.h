@@ -19,16 +19,28 @@ std::unique_ptr<Preferences> open();
 bool fixForAppleTV();
 void setFixForAppleTV(bool on);
 bool allowLibraryWrites();
+void setAllowLibraryWrites(bool on);
 bool outputSameFolder();
+void setOutputSameFolder(bool on);
 /// Where new files go: the stored folder, or "Desktop" in the home folder.
 std::filesystem::path outputFolder();
+/// An empty path is the default again.
+void setOutputFolder(const std::filesystem::path& folder);
 ArtworkStyle artworkStyle();
+void setArtworkStyle(ArtworkStyle style);
 /// A comma list such as "English, French".
 std::string keepLanguages();
+/// Stored as it was typed; an emptied field is the default again.
+void setKeepLanguages(const std::string& list);
 /// Whether the question that "Allow changes to my Media Library" asks first was answered once.
 bool libraryWritesExplained();
+void setLibraryWritesExplained(bool answered);
 enum class Appearance { automatic, light, dark };
 Appearance appearance();
+void setAppearance(Appearance look);
+/// The look of this run: "--appearance dark" is the dark one and any other value the light one;
+/// without the option it is the stored choice.
+Appearance effectiveAppearance();
 /// The switch of the Apple TV source, stored as "sourceOn.appleTV"; absent, it is on. The order
 /// stands in SourceSettings.
 bool appleTVOn();
