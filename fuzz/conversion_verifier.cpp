@@ -14,6 +14,7 @@
 #include <string>
 
 #include "foundation/errors.h"
+#include "mp4/track_parser.h"
 #include "verify/conversion_parts.h"
 
 namespace {
@@ -49,7 +50,7 @@ std::vector<Expected> expectations(std::uint8_t choice) {
 void tryParts(ByteView bytes) {
     for (const ConvertVerify::TrakDetail& detail : ConvertVerify::trakDetails(bytes))
         check(detail.realEdits >= 0);
-    check(ConvertVerify::movieTimescale(bytes) > 0);
+    check(movieTimescale(bytes) > 0);
     for (const std::size_t length : {0, 1, 4})
         for (const char* codec : {"V_MPEG4/ISO/AVC", "V_MPEGH/ISO/HEVC"})
             ConvertVerify::frameDigest(bytes, ConvertVerify::nalFilter(codec), length);

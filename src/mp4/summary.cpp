@@ -51,8 +51,7 @@ void readTagBlocks(ByteView moov, MP4Summary& summary) {
 MP4Summary parseSummary(ByteView moov, Detail detail) {
     const auto end = static_cast<std::int64_t>(moov.size());
     MP4Summary summary;
-    MediaClock movie;
-    if (const auto mvhd = findSpan(moov, 0, end, boxCode("mvhd"))) movie = mediaClock(moov, *mvhd);
+    const MediaClock movie = movieClock(moov);
     summary.duration = movie.seconds();
 
     SampleTables::Budget budget;

@@ -99,6 +99,11 @@ MediaClock mediaClock(ByteView data, const BoxSpan& header) {
             wide ? BigEndian::u64(data, at + 4) : BigEndian::u32(data, at + 4)};
 }
 
+MediaClock movieClock(ByteView moov) {
+    const auto mvhd = findSpan(moov, 0, static_cast<std::int64_t>(moov.size()), boxCode("mvhd"));
+    return mvhd ? mediaClock(moov, *mvhd) : MediaClock();
+}
+
 std::optional<Track> parseTrack(ByteView data, std::int64_t from, std::int64_t to, Detail detail,
                                 std::uint32_t movieScale, SampleTables::Budget& budget) {
     const BoxSpan trak{boxCode("trak"), true, from, from, to};

@@ -22,6 +22,12 @@ struct MediaClock {
 };
 /// From `mvhd` or `mdhd`, whose first fields are the same.
 MediaClock mediaClock(ByteView data, const BoxSpan& header);
+/// That of the movie of an index; as it is by default where it has no header.
+MediaClock movieClock(ByteView moov);
+/// Units a second; 1 when the index doesn't tell.
+inline std::uint32_t movieTimescale(ByteView moov) {
+    return movieClock(moov).timescale;
+}
 
 /// parseTrack on the budget that all tracks of an index share.
 std::optional<Track> parseTrack(ByteView data, std::int64_t from, std::int64_t to, Detail detail,

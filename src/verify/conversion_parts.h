@@ -44,8 +44,6 @@ using FrameDigest = std::array<std::uint8_t, 32>;
 
 /// One for each `trak`, in file order.
 std::vector<TrakDetail> trakDetails(ByteView moov);
-/// Units a second; 1 where there is no movie header.
-std::uint32_t movieTimescale(ByteView moov);
 /// Every sample in the order of the tables, from chunks, sizes, durations and composition offsets.
 std::vector<Ref> refs(const Track& track);
 

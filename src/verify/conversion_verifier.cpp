@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "foundation/errors.h"
+#include "mp4/track_parser.h"
 #include "verify/conversion_checks.h"
 #include "verify/conversion_reading.h"
 #include "verify/sample_entries.h"

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "mp4/box_cursor.h"
+#include "mp4/edit_list.h"
 #include "mp4/sample_entry.h"
 #include "mp4/track_parser.h"
 #include "verify/conversion_parts.h"
@@ -36,33 +37,15 @@ void readEntry(ByteView moov, const BoxSpan& trak, TrakDetail& detail) {
         detail.channels = builtChannels(payload);
 }
 
-/// One edit (ISO/IEC 14496-12, 8.6.6), in units of the movie and of the track.
-void takeEdit(std::uint64_t duration, std::int64_t mediaTime, TrakDetail& detail) {
-    if (mediaTime < 0) {
-        if (detail.realEdits == 0 && detail.leadIn + duration >= duration)
-            detail.leadIn += duration;
+void takeEdit(const Edit& edit, TrakDetail& detail) {
+    if (edit.mediaTime < 0) {
+        if (detail.realEdits == 0 && detail.leadIn + edit.duration >= edit.duration)
+            detail.leadIn += edit.duration;
         return;
     }
     if (detail.realEdits++ > 0) return;
-    detail.editStart = mediaTime;
-    detail.editLength = duration;
-}
-
-void readEdits(ByteView moov, const BoxSpan& trak, TrakDetail& detail) {
-    const auto elst = findSpan(moov, trak, {boxCode("edts"), boxCode("elst")});
-    if (!elst) return;
-    const bool wide = boxVersion(moov, *elst) == 1;
-    const std::int64_t width = wide ? 20 : 12;
-    std::int64_t at = elst->start + 8;
-    for (std::uint32_t left = BigEndian::u32(moov, elst->start + 4);
-         left > 0 && at + width <= elst->end; left--, at += width) {
-        if (wide)
-            takeEdit(BigEndian::u64(moov, at),
-                     static_cast<std::int64_t>(BigEndian::u64(moov, at + 8)), detail);
-        else
-            takeEdit(BigEndian::u32(moov, at),
-                     static_cast<std::int32_t>(BigEndian::u32(moov, at + 4)), detail);
-    }
+    detail.editStart = edit.mediaTime;
+    detail.editLength = edit.duration;
 }
 
 }  // namespace
@@ -75,15 +58,11 @@ std::vector<TrakDetail> trakDetails(ByteView moov) {
         TrakDetail detail;
         readHeader(moov, *box, detail);
         readEntry(moov, *box, detail);
-        readEdits(moov, *box, detail);
+        EditCursor edits(moov, *box);
+        while (const auto edit = edits.next()) takeEdit(*edit, detail);
         all.push_back(detail);
     }
     return all;
-}
-
-std::uint32_t movieTimescale(ByteView moov) {
-    const auto mvhd = findSpan(moov, 0, static_cast<std::int64_t>(moov.size()), boxCode("mvhd"));
-    return mvhd ? mediaClock(moov, *mvhd).timescale : 1;
 }
 
 int packed(std::string_view language) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/digest.h"
+#include "mp4/track_parser.h"
 #include "support/box_reader.h"
 #include "support/memory_file.h"
 #include "verify/conversion_films.h"
