@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtQml/qqmlregistration.h>
+#include <QString>
 
 #include "screens/base/screen_part.h"
 
@@ -14,13 +15,29 @@ class DesktopModel : public ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")
+    Q_PROPERTY(bool dark READ dark NOTIFY looksChanged)
+    Q_PROPERTY(qreal textScale READ textScale NOTIFY looksChanged)  ///< 1 for text of usual size
+    Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY looksChanged)
+    Q_PROPERTY(QString family READ family CONSTANT)  ///< of all text
 
 public:
     explicit DesktopModel(AppModel& model, QObject* parent = nullptr);
     void refresh() override;
 
+    bool dark() const { return dark_; }
+    qreal textScale() const { return textScale_; }
+    bool reducedMotion() const { return reducedMotion_; }
+    QString family() const { return family_; }
+
+Q_SIGNALS:
+    void looksChanged();
+
 private:
     AppModel& model_;
+    bool dark_ = false;
+    qreal textScale_ = 1;
+    bool reducedMotion_ = false;
+    QString family_;
 };
 
 }  // namespace marlet

@@ -1,7 +1,13 @@
 import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Dialogs
 import Marlet
 
-Window {
+/// The window: its frame, its keys, and what lies over it.
+ApplicationWindow {
+    id: window
+
+    objectName: "mainWindow"
     visible: true
     width: 1180
     height: 760
@@ -9,4 +15,31 @@ Window {
     minimumHeight: 480
     title: "Marlet"
     color: Theme.window
+    onClosing: close => {
+        close.accepted = false;
+        App.quit();
+    }
+
+    RootView {
+        id: root
+        anchors.fill: parent
+        onFilesAsked: filePanel.open()
+        onFolderAsked: folderPanel.open()
+    }
+    Shortcuts { root: root }
+
+    FileDialog {
+        id: filePanel
+        title: qsTr("Choose movies, TV episodes or folders. Marlet only reads them.")
+        acceptLabel: qsTr("Add Files")
+        fileMode: FileDialog.OpenFiles
+        nameFilters: [qsTr("Movies and TV episodes (%1)").arg("*.mp4 *.m4v *.mkv *.mov"), qsTr("All files (%1)").arg("*")]
+        onAccepted: App.add(selectedFiles)
+    }
+    FolderDialog {
+        id: folderPanel
+        title: qsTr("Choose movies, TV episodes or folders. Marlet only reads them.")
+        acceptLabel: qsTr("Add Files")
+        onAccepted: App.add([selectedFolder])
+    }
 }

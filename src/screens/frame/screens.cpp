@@ -2,6 +2,7 @@
 
 #include "app/app_model.h"
 #include "app/quit_gate.h"
+#include "app/updater.h"
 #include "foundation/run_control.h"
 #include "screens/base/qt_text.h"
 #include "screens/desktop/desktop_model.h"
@@ -139,6 +140,14 @@ void Screens::openSettings() {
 
 void Screens::openAbout() {
     Q_EMIT aboutAsked();
+}
+
+bool Screens::canCheckForUpdates() const {
+    return Updater::shared().canCheck();
+}
+
+void Screens::checkForUpdates() {
+    Updater::shared().check();
 }
 
 void Screens::quit() {

@@ -45,6 +45,7 @@ class Screens : public QObject {
     Q_PROPERTY(bool inspectorShown READ inspectorShown WRITE setInspectorShown NOTIFY changed)
     Q_PROPERTY(bool askClearHistory READ askClearHistory NOTIFY changed)
     Q_PROPERTY(bool quitWaits READ quitWaits NOTIFY changed)  ///< ends when the file is written
+    Q_PROPERTY(bool canCheckForUpdates READ canCheckForUpdates CONSTANT)
     Q_PROPERTY(marlet::ReviewModel* review READ review CONSTANT)
     Q_PROPERTY(marlet::InspectorModel* inspector READ inspector CONSTANT)
     Q_PROPERTY(marlet::PickerModel* picker READ picker CONSTANT)
@@ -69,6 +70,7 @@ public:
     bool inspectorShown() const;
     void setInspectorShown(bool shown);
     bool askClearHistory() const;
+    bool canCheckForUpdates() const;
     bool quitWaits() const { return quitWaits_; }
     ReviewModel* review() const { return review_; }
     InspectorModel* inspector() const { return inspector_; }
@@ -86,6 +88,7 @@ public:
     Q_INVOKABLE void answerClearHistory(bool clear);
     Q_INVOKABLE void openSettings();
     Q_INVOKABLE void openAbout();
+    Q_INVOKABLE void checkForUpdates();
     /// The window's close button and Quit. The program ends now, or when no file is being changed.
     Q_INVOKABLE void quit();
     /// Reads the model anew at once instead of at the end of this turn.

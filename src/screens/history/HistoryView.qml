@@ -1,0 +1,5 @@
+import QtQuick
+import Marlet
+
+/// What was done to which file.
+FocusScope {}

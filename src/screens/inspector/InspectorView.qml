@@ -1,0 +1,5 @@
+import QtQuick
+import Marlet
+
+/// The selected file or season.
+FocusScope {}

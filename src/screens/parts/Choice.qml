@@ -1,0 +1,78 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Marlet
+
+/// One of a few, in a list that opens.
+Column {
+    id: choice
+
+    property string label
+    property var model
+    property int currentIndex: 0
+    property string textRole
+    property alias box: box
+    signal chosen(int index)
+
+    spacing: Theme.s1
+    onCurrentIndexChanged: box.currentIndex = currentIndex
+
+    FieldLabel { visible: choice.label !== ""; text: choice.label }
+    ComboBox {
+        id: box
+
+        width: choice.width
+        implicitHeight: Theme.control
+        implicitWidth: Theme.px(200)
+        model: choice.model
+        textRole: choice.textRole
+        currentIndex: choice.currentIndex
+        font.family: Theme.family
+        font.pixelSize: Theme.body
+        onActivated: index => choice.chosen(index)
+        Accessible.name: choice.label
+        background: FieldFrame { focused: box.visualFocus }
+        contentItem: Words {
+            leftPadding: Theme.s2
+            text: box.displayText
+            verticalAlignment: Text.AlignVCenter
+            color: box.enabled ? Theme.ink : Theme.disabled
+        }
+        indicator: Glyph {
+            name: "chevronDown"
+            size: Theme.px(16)
+            color: Theme.quiet
+            x: box.mirrored ? Theme.s2 : box.width - width - Theme.s2
+            anchors.verticalCenter: parent.verticalCenter
+        }
+        delegate: ItemDelegate {
+            id: entry
+
+            required property int index
+            required property var modelData
+
+            width: box.width - 2
+            implicitHeight: Theme.control
+            highlighted: box.highlightedIndex === index
+            contentItem: Words {
+                text: choice.textRole !== "" ? entry.modelData[choice.textRole] : entry.modelData
+                verticalAlignment: Text.AlignVCenter
+            }
+            background: Rectangle { color: entry.highlighted ? Theme.selected : "transparent"; radius: 4 }
+        }
+        popup: Popup {
+            y: box.height + 2
+            width: box.width
+            implicitHeight: Math.min(list.contentHeight + 2, 360)
+            padding: 1
+            contentItem: ListView {
+                id: list
+                clip: true
+                implicitHeight: contentHeight
+                model: box.popup.visible ? box.delegateModel : null
+                currentIndex: box.highlightedIndex
+                ScrollBar.vertical: ScrollBar {}
+            }
+            background: Rectangle { color: Theme.raised; radius: 6; border.color: Theme.hairline }
+        }
+    }
+}

@@ -1,0 +1,67 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Marlet
+
+/// A question with two answers. Escape and Return give the one that changes nothing unless the
+/// person goes to the other.
+Popup {
+    id: question
+
+    property string title
+    property string message
+    property string acceptText
+    property string rejectText: qsTr("Cancel")
+    property bool danger: false
+    signal answered(bool yes)
+
+    property bool told: false
+    function answer(yes: bool) {
+        if (told) return;
+        told = true;
+        close();
+        answered(yes);
+    }
+
+    parent: Overlay.overlay
+    anchors.centerIn: parent
+    width: Math.min(440, (parent ? parent.width : 440) - 2 * Theme.s6)
+    modal: true
+    focus: true
+    padding: Theme.s6
+    closePolicy: Popup.CloseOnEscape
+    onAboutToShow: told = false
+    onOpened: reject.forceActiveFocus(Qt.TabFocusReason)
+    onClosed: answer(false)
+    Overlay.modal: Rectangle { color: Theme.shade }
+
+    background: Rectangle {
+        color: Theme.dark ? Theme.card : Theme.window
+        radius: 12
+        border.color: Theme.hairline
+    }
+    contentItem: Column {
+        spacing: Theme.s3
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: question.title + " " + question.message
+        Words { width: parent.width; text: question.title; kind: Words.Heading; wrapMode: Text.Wrap }
+        Words { width: parent.width; text: question.message; wrapMode: Text.Wrap }
+        Item { width: 1; height: Theme.s1 }
+        Row {
+            anchors.right: parent.right
+            spacing: Theme.s2
+            PushButton {
+                id: reject
+                objectName: "questionReject"
+                text: question.rejectText
+                onClicked: question.answer(false)
+            }
+            PushButton {
+                objectName: "questionAccept"
+                text: question.acceptText
+                primary: !question.danger
+                danger: question.danger
+                onClicked: question.answer(true)
+            }
+        }
+    }
+}

@@ -1,0 +1,56 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Marlet
+
+/// One line of text under its label. `text` is what the model holds; edited() tells what a person
+/// typed.
+Column {
+    id: box
+
+    property string label
+    property string prompt
+    property string text
+    property bool mark: false
+    property string oldValue
+    property bool secret: false
+    property alias field: field
+    signal edited(string value)
+    signal accepted()
+
+    spacing: Theme.s1
+    onTextChanged: if (field.text !== text) field.text = text
+    Component.onCompleted: field.text = text
+
+    FieldLabel {
+        visible: box.label !== ""
+        text: box.label
+        mark: box.mark
+        oldValue: box.oldValue
+    }
+    TextField {
+        id: field
+
+        width: box.width
+        implicitHeight: Theme.control
+        leftPadding: Theme.s2
+        rightPadding: Theme.s2
+        topPadding: 0
+        bottomPadding: 0
+        verticalAlignment: TextInput.AlignVCenter
+        placeholderText: box.prompt
+        placeholderTextColor: Theme.disabled
+        color: enabled ? Theme.ink : Theme.disabled
+        selectionColor: Theme.accent
+        selectedTextColor: Theme.onAccent
+        font.family: Theme.family
+        font.pixelSize: Theme.body
+        selectByMouse: true
+        echoMode: box.secret ? TextInput.Password : TextInput.Normal
+        onTextEdited: box.edited(text)
+        onAccepted: box.accepted()
+        Accessible.role: Accessible.EditableText
+        Accessible.name: box.label !== "" ? box.label : box.prompt
+        Accessible.description: box.mark && box.oldValue !== "" ? qsTr("In the file now: %1").arg(box.oldValue) : ""
+        background: FieldFrame { focused: field.activeFocus }
+    }
+}

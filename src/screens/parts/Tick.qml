@@ -1,0 +1,54 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Marlet
+
+/// A box to tick, with a quiet note behind its words. `checked` is what the model holds.
+CheckBox {
+    id: tick
+
+    property string note
+    signal ticked(bool on)
+
+    padding: 0
+    spacing: Theme.s2
+    font.family: Theme.family
+    font.pixelSize: Theme.body
+    Accessible.name: note === "" ? text : text + ", " + note
+    onToggled: ticked(checked)
+
+    indicator: Rectangle {
+        width: Theme.px(18)
+        height: Theme.px(18)
+        radius: 4
+        x: tick.mirrored ? tick.width - width : 0
+        y: (tick.height - height) / 2
+        color: tick.checked ? (tick.enabled ? Theme.accent : Theme.disabled) : "transparent"
+        border.width: tick.checked ? 0 : 1
+        border.color: tick.enabled ? Theme.tint(Theme.ink, 0.4) : Theme.disabled
+        Glyph {
+            anchors.centerIn: parent
+            visible: tick.checked
+            name: "check"
+            size: parent.width - 4
+            color: Theme.onAccent
+        }
+        FocusRing { shown: tick.visualFocus; radius: 6 }
+    }
+    contentItem: Column {
+        leftPadding: tick.mirrored ? 0 : tick.indicator.width + tick.spacing
+        rightPadding: tick.mirrored ? tick.indicator.width + tick.spacing : 0
+        Words {
+            width: tick.availableWidth - parent.leftPadding - parent.rightPadding
+            text: tick.text
+            wrapMode: Text.Wrap
+            color: tick.enabled ? Theme.ink : Theme.disabled
+        }
+        Words {
+            visible: tick.note !== ""
+            width: tick.availableWidth - parent.leftPadding - parent.rightPadding
+            text: tick.note
+            kind: Words.Small
+            wrapMode: Text.Wrap
+        }
+    }
+}

@@ -1,0 +1,5 @@
+import QtQuick
+import Marlet
+
+/// The jobs and their run.
+FocusScope {}

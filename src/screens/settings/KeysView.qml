@@ -1,0 +1,7 @@
+import QtQuick
+import Marlet
+
+/// The keys.
+Sheet {
+    title: qsTr("Keys")
+}
