@@ -36,6 +36,19 @@ struct HandTag {
     ManualDetails details;
 };
 
+/// Which episode of a season a file is.
+struct EpisodeChoice {
+    std::filesystem::path file;
+    int episode = 0;
+    std::optional<int> episodeEnd;  ///< only for a double episode
+};
+
+/// What a person chose for a file.
+struct FileChoice {
+    std::filesystem::path file;
+    Match match;
+};
+
 /// The one object that the screens and the command line talk to: what is in Review, the drafts
 /// and plans, the queue, History and the messages. A thin front over small classes of its own.
 /// Main context only.
@@ -77,12 +90,19 @@ public:
     int readyItemCount() const;
     int needsCheckingCount() const;
     int lockedCount() const;
+    /// Another number after each change of the items and of what is confirmed.
+    std::uint64_t reviewRevision() const { return review_.revision(); }
+    const LibraryItem* item(const std::string& id) const { return review_.item(id); }
 
     /// Files and folders handed over; looks through them on a worker, one hand-over after the
     /// other, then scans what is new.
     void add(std::vector<Path> urls);
     /// A scan under way is cancelled and leaves Review as it was.
     void scan(std::vector<Path> urls);
+    /// Ends the look through folders and the scan; Review stays as it was.
+    void cancelScan();
+    /// Puts files that are judged already into Review.
+    void place(const std::vector<ResolvedFile>& files);
     bool isConfirmed(const ResolvedFile& file) const { return review_.isConfirmed(file); }
     void confirm(const Path& file);
     /// Whether the Media Library lock forbids writing this file.
@@ -93,10 +113,22 @@ public:
     void replace(const Path& file, ResolvedFile resolved);
     /// Asks the sources of an item's matches again, past everything saved.
     Task<> refreshFromTMDB(std::string itemID);
-    Task<> rematchShow(Path file, std::int64_t showID, int season, int episode);
-    Task<> rematchMovie(Path file, std::int64_t movieID);
-    Task<> rematchExternal(Path file, ExternalSource* via, ExtShow show, int season, int episode);
-    Task<> rematchExternal(Path file, ExternalSource* via, ExtMovie movie);
+    // A person's choice in the match picker; true when the file has it. A failure is told, and as
+    // a cancelled choice, which is silent, it changes nothing.
+    Task<bool> rematchShow(Path file, std::int64_t showID, int season, int episode,
+                           CancelToken cancel = {});
+    Task<bool> rematchMovie(Path file, std::int64_t movieID, CancelToken cancel = {});
+    Task<bool> rematchExternal(Path file, ExternalSource* via, ExtShow show, int season,
+                               int episode, CancelToken cancel = {});
+    Task<bool> rematchExternal(Path file, ExternalSource* via, ExtMovie movie,
+                               CancelToken cancel = {});
+    /// The episodes of one season for many files: all of them, or none when the season lacks one.
+    Task<bool> rematchSeason(std::vector<EpisodeChoice> files, std::int64_t showID, int season,
+                             CancelToken cancel = {});
+    Task<bool> rematchSeason(std::vector<EpisodeChoice> files, ExternalSource* via, ExtShow show,
+                             int season, CancelToken cancel = {});
+    /// The source of that name; null for TMDB, which is asked through its client.
+    ExternalSource* external(SourceID id) const;
     void manualTag(const Path& file, const HandTag& typed);
 
     // Drafts and artwork.
@@ -167,6 +199,14 @@ public:
 private:
     void setPhase(Phase phase);
     void changed();
+    /// What decides about all files alike whether the Media Library lock forbids writing them.
+    struct Lock {
+        bool isOff = false;
+        bool besideSource = false;  ///< where new files go
+        bool newFiles = false;      ///< the one folder of all new files is locked
+    };
+    Lock lockNow() const;
+    bool isLocked(const ResolvedFile& file, const Lock& lock) const;
     Task<> clearToast(int number);
     std::shared_ptr<Matcher> matcherFor(std::shared_ptr<TMDBClient> tmdb, CancelToken cancel) const;
 
@@ -181,7 +221,7 @@ private:
     Task<> loadDraft(ResolvedFile file, int number, std::shared_ptr<TMDBClient> tmdb);
 
     // Rematching.
-    Task<> chooseFrom(Path file, Task<Match> fetching);
+    Task<bool> chooseFrom(Task<std::vector<FileChoice>> fetching, CancelToken cancel);
     void choose(const Path& file, Match match);
     Task<std::vector<ResolvedFile>> askAgain(LibraryItem item, std::shared_ptr<TMDBClient> tmdb);
     void takeRefreshed(const LibraryItem& item, const std::vector<ResolvedFile>& fresh);
@@ -223,6 +263,7 @@ private:
     bool looking_ = false;
     bool scanning_ = false;
     CancelToken scanCancel_;
+    CancelToken lookCancel_;
     std::chrono::milliseconds toastTime_;
     std::optional<std::string> toast_;
     int toastNumber_ = 0;

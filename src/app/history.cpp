@@ -1,15 +1,18 @@
 #include "app/history.h"
 
-#include <algorithm>
-#include <filesystem>
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <cerrno>
+#include <chrono>
 #include <set>
+#include <thread>
 
 #include "app/history_json.h"
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
 #include "foundation/paths.h"
-#include "foundation/text.h"
 
 namespace marlet {
 
@@ -17,13 +20,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::optional<Sys::FileStat> stamp() {
-    return Sys::stat(Paths::historyFile());
-}
+constexpr std::uint64_t maxFileSize = std::uint64_t{1} << 30U;
 
-bool sameStamp(const std::optional<Sys::FileStat>& a, const std::optional<Sys::FileStat>& b) {
-    if (!a || !b) return !a && !b;
-    return a->inode == b->inode && a->size == b->size && a->mtime == b->mtime;
+bool isSame(const Sys::FileStat& a, const Sys::FileStat& b) {
+    return a.device == b.device && a.inode == b.inode && a.size == b.size && a.mtime == b.mtime;
 }
 
 /// A name beside the file that nothing has yet.
@@ -35,6 +35,32 @@ fs::path asideName(const fs::path& file) {
     return name;
 }
 
+/// Keeps other copies of the program from replacing the file between our look at it and our own
+/// replacement of it. One that hangs is not waited for: History may then lose what that one writes,
+/// but holds nobody up.
+class Turn {
+public:
+    Turn() : folder_(Sys::open(Paths::documentsDir(), O_RDONLY | O_DIRECTORY)) {
+        constexpr auto pause = std::chrono::milliseconds(1);
+        constexpr int tries = 5000;
+        for (int i = 0; folder_.isOpen() && i < tries; i++) {
+            if (Sys::flock(folder_.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+            std::this_thread::sleep_for(pause);
+        }
+    }
+
+private:
+    FileHandle folder_;
+};
+
+void makeFolder() {
+    try {
+        Durable::makeFolders(Paths::documentsDir());
+    } catch (const MFError&) {
+        // The writing tells.
+    }
+}
+
 }  // namespace
 
 HistoryStore& HistoryStore::shared() {
@@ -42,114 +68,120 @@ HistoryStore& HistoryStore::shared() {
     return store;
 }
 
-const std::vector<HistoryEntry>& HistoryStore::entries() const {
+fs::path HistoryStore::file() {
+    return Paths::historyFile();
+}
+
+const HistoryList& HistoryStore::entries() const {
     loadOnce();
     return entries_;
 }
 
 void HistoryStore::loadOnce() const {
-    if (!loaded_) load();
+    if (!loaded_) look();
 }
 
-void HistoryStore::load() const {
+FileHandle HistoryStore::look() const {
     loaded_ = true;
-    stamp_ = stamp();
-    entries_.clear();
-    encoded_.clear();
-    damaged_ = false;
-    if (!stamp_) return;
-    const std::optional<Bytes> text = FileOps::readSmall(Paths::historyFile(), maxFileSize);
-    auto decoded = text ? HistoryJson::decode(*text) : std::nullopt;
-    if (decoded)
-        entries_ = std::move(*decoded);
-    else
-        damaged_ = true;
+    // Without waiting: a pipe of that name has no writer, and is not meant anyway.
+    FileHandle handle(Sys::open(file(), O_RDONLY | O_NONBLOCK));
+    if (!handle.isOpen()) {
+        damaged_ = errno != ENOENT && errno != ENOTDIR;
+        known_.reset();
+        return handle;
+    }
+    const auto found = Sys::fstat(handle.get());
+    if (found && known_ && isSame(*found, *known_)) return handle;
+    known_ = found;
+    take(handle, found.value_or(Sys::FileStat{}));
+    return handle;
 }
 
-void HistoryStore::takeInWhatOthersWrote() {
-    loadOnce();
-    if (sameStamp(stamp_, stamp())) return;
-    std::vector<HistoryEntry> mine = std::move(entries_);
-    load();
-    if (damaged_) {
-        entries_ = std::move(mine);
+void HistoryStore::take(const FileHandle& handle, const Sys::FileStat& found) const {
+    damaged_ = true;
+    if (!found.isRegular || found.size > maxFileSize) return;
+    std::optional<HistoryList> decoded;
+    try {
+        Bytes text(static_cast<std::size_t>(found.size));
+        if (FileOps::readFull(handle.get(), text, 0) < text.size()) return;
+        decoded = HistoryJson::decode(text);
+        if (decoded) entriesAt_ = HistoryJson::firstEntryAt(text);
+    } catch (const std::exception&) {
         return;
     }
-    std::set<std::string> known;
-    for (const HistoryEntry& entry : entries_) known.insert(entry.id);
-    std::erase_if(mine, [&](const HistoryEntry& entry) { return known.contains(entry.id); });
-    entries_.insert(entries_.begin(), mine.begin(), mine.end());
-    std::stable_sort(entries_.begin(), entries_.end(),
-                     [](const HistoryEntry& a, const HistoryEntry& b) { return a.date > b.date; });
+    if (!decoded) return;
+    damaged_ = false;
+    // What is in the file holds, others may also have cleared it; what never got there is kept.
+    std::set<std::string> there;
+    if (unsaved_ > 0)
+        for (const HistoryEntry& entry : *decoded) there.insert(entry.id);
+    const HistoryList mine = std::move(entries_);
+    entries_ = std::move(*decoded);
+    std::size_t kept = 0;
+    for (std::size_t i = unsaved_; i-- > 0;)
+        if (!there.contains(mine[i].id)) {
+            entries_.addInFront(mine.shared()[i]);
+            kept++;
+        }
+    unsaved_ = kept;
 }
 
 void HistoryStore::append(HistoryEntry entry) {
-    takeInWhatOthersWrote();
-    if (encoded_.size() == entries_.size())
-        encoded_.insert(encoded_.begin(), HistoryJson::encode(entry));
-    entries_.insert(entries_.begin(), std::move(entry));
-    save();
+    {
+        makeFolder();
+        const Turn turn;
+        const FileHandle old = look();
+        entries_.addInFront(std::make_shared<const HistoryEntry>(std::move(entry)));
+        unsaved_++;
+        save(old);
+    }
     if (onChanged) onChanged();
 }
 
 void HistoryStore::clear() {
-    loadOnce();  // a damaged file is kept aside
-    entries_.clear();
-    encoded_.clear();
-    save();
+    {
+        makeFolder();
+        const Turn turn;
+        look();  // a damaged file is kept aside
+        entries_.clear();
+        unsaved_ = 0;
+        save({});
+    }
     if (onChanged) onChanged();
 }
 
-void HistoryStore::encodeAll() {
-    encoded_.clear();
-    for (const HistoryEntry& entry : entries_) encoded_.push_back(HistoryJson::encode(entry));
+bool HistoryStore::addToFile(const FileHandle& old) try {
+    if (!old.isOpen() || !known_ || entries_.size() <= unsaved_) return false;
+    std::string head = "[\n";
+    for (std::size_t i = 0; i < unsaved_; i++) head += HistoryJson::encode(entries_[i]) + ",\n";
+    Durable::NewFile next(file());
+    FileOps::writeAll(next.fd(), viewOf(head), 0);
+    FileOps::copyRange(old.get(), entriesAt_, known_->size - entriesAt_, next.fd(), head.size());
+    known_ = next.commit();
+    return true;
+} catch (const MFError&) {
+    return false;
 }
 
-void HistoryStore::save() {
-    const fs::path file = Paths::historyFile();
+void HistoryStore::replaceFile() {
+    Durable::NewFile next(file());
+    FileOps::writeAll(next.fd(), viewOf(HistoryJson::encode(entries_)), 0);
+    known_ = next.commit();
+}
+
+void HistoryStore::save(const FileHandle& old) {
     try {
-        Durable::makeFolders(Paths::documentsDir());
-        if (damaged_) Durable::rename(file, asideName(file));
-        damaged_ = false;
-        if (encoded_.size() != entries_.size()) encodeAll();
-        Durable::writeFile(file, viewOf(HistoryJson::array(encoded_)));
-    } catch (const MFError&) {
+        if (damaged_) {
+            Durable::rename(file(), asideName(file()));
+            damaged_ = false;
+            known_.reset();
+        }
+        if (!addToFile(old)) replaceFile();
+        entriesAt_ = 2;
+        unsaved_ = 0;
+    } catch (const std::exception&) {
         // History never fails a job; what is in memory is written again at the next append.
     }
-    stamp_ = stamp();
-}
-
-namespace {
-
-std::string quoted(const std::string& text) {
-    return "\"" + Text::replaceAll(text, "\"", "\"\"") + "\"";
-}
-
-template <typename T>
-std::string decimal(const std::optional<T>& value) {
-    return value ? std::to_string(*value) : std::string();
-}
-
-std::string seconds(const std::optional<double>& value) {
-    return value ? Text::fixed(*value, 2) : std::string();
-}
-
-}  // namespace
-
-std::string HistoryStore::csv() const {
-    std::string text =
-        "Date,File,Title,Show,Season,Episode,Result,Sound layout before (s),"
-        "Sound layout after (s),What changed,Note\n";
-    for (const HistoryEntry& entry : entries()) {
-        text += Text::join(
-            {Dates::iso8601(entry.date), quoted(entry.path), quoted(entry.title),
-             quoted(entry.show.value_or("")), decimal(entry.season), decimal(entry.episode),
-             entry.result, seconds(entry.before), seconds(entry.after),
-             quoted(Text::join(entry.changes, "; ")), quoted(entry.message)},
-            ",");
-        text += "\n";
-    }
-    return text;
 }
 
 }  // namespace marlet

@@ -1,51 +1,28 @@
 #pragma once
 
-#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "app/history_entry.h"
 #include "foundation/bytes.h"
-#include "foundation/dates.h"
 #include "foundation/syscalls.h"
 
 namespace marlet {
 
-/// What was done to one file. Stored as a JSON object under these names.
-struct HistoryEntry {
-    std::string id;  ///< UUID
-    Moment date{};
-    std::string path;
-    std::string title;
-    std::optional<std::string> show;
-    std::optional<int> season;
-    std::optional<int> episode;
-    bool isMovie = false;
-    std::string result;            ///< "done", "failed", "skipped", "stopped"
-    std::optional<double> before;  ///< sound layout, seconds
-    std::optional<double> after;
-    std::vector<std::string> changes;
-    std::string message;
-    std::uint64_t size = 0;
-    std::optional<std::string> batchID;
-    std::optional<bool> isRestore;
-    std::optional<std::string> posterPath;
-    std::optional<int> year;
-    std::optional<std::string> how;
-    std::optional<std::string> summary;
-    bool operator==(const HistoryEntry&) const = default;
-};
-
-/// The permanent record, newest first, saved as a whole at each append. Main context only.
+/// The permanent record, newest first, in one file that is replaced as a whole at each append. Main
+/// context only. Other running copies of the program may write the same file.
 class HistoryStore {
 public:
     static HistoryStore& shared();
+    /// A JSON array of the entries, newest first.
+    static std::filesystem::path file();
 
-    /// Reads Paths::historyFile() when it is first needed: a run that only looks at films doesn't
-    /// wait for tens of thousands of entries.
+    /// Reads the file when it is first needed: a run that only looks at films doesn't wait for tens
+    /// of thousands of entries.
     HistoryStore() = default;
-    const std::vector<HistoryEntry>& entries() const;
+    const HistoryList& entries() const;
     /// Never fails. A file that could not be read is kept aside under another name first.
     void append(HistoryEntry entry);
     void clear();
@@ -54,30 +31,32 @@ public:
     std::function<void()> onChanged;
 
 private:
-    static constexpr std::size_t maxFileSize = 1024 * 1024 * 1024;
-
-    void load() const;
     void loadOnce() const;
-    void save();
-    void encodeAll();
-    /// Another running copy of the program may have appended since we last read or wrote.
-    void takeInWhatOthersWrote();
+    /// Takes in the file if it isn't the one that was last read or written, and gives it, opened.
+    FileHandle look() const;
+    void take(const FileHandle& handle, const Sys::FileStat& found) const;
+    void save(const FileHandle& old);
+    /// A long file is not encoded again: new entries go in front of what stands in the old one,
+    /// which was read as a whole before and is still the same. False when that can't be done.
+    bool addToFile(const FileHandle& old);
+    void replaceFile();
 
     mutable bool loaded_ = false;
-    mutable std::vector<HistoryEntry> entries_;
-    /// The entries as JSON, for as many as were encoded; emptied when entries_ changes otherwise
-    /// than by an append, which encodes one entry and not thousands.
-    mutable std::vector<std::string> encoded_;
+    mutable HistoryList entries_;
+    mutable std::size_t unsaved_ = 0;             ///< of the newest ones, those not in the file
     mutable bool damaged_ = false;                ///< the file exists but could not be read
-    mutable std::optional<Sys::FileStat> stamp_;  ///< of the file as last read or written
+    mutable std::optional<Sys::FileStat> known_;  ///< the file as last read or written
+    mutable std::uint64_t entriesAt_ = 0;         ///< where its first entry begins
 };
 
 /// The small pictures that History shows.
 namespace HistoryPosters {
+std::filesystem::path dir();
 /// The path of the saved picture; nothing on failure.
 std::optional<std::string> save(ByteView data, const std::string& key);
 /// Where save puts the picture of that key.
 std::string pathFor(const std::string& key);
+/// Removes those that are older than 180 days.
 void prune();
 }  // namespace HistoryPosters
 

@@ -18,11 +18,16 @@ namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
+std::string twoDigits(char letter, const std::optional<int>& number) {
+    if (!number) return {};
+    char text[16] = "";
+    std::snprintf(text, sizeof text, "%c%02d", letter, *number);
+    return text;
+}
+
 std::string numbered(const HistoryEntry& entry) {
-    char text[32] = "";
-    if (entry.season && entry.episode)
-        std::snprintf(text, sizeof text, "S%02dE%02d ", *entry.season, *entry.episode);
-    return text + entry.title;
+    const std::string number = twoDigits('S', entry.season) + twoDigits('E', entry.episode);
+    return number.empty() ? entry.title : number + " " + entry.title;
 }
 
 std::string episodes(const HistoryRow& row) {
@@ -71,19 +76,20 @@ bool canBeRestored(const HistoryRow& row) {
 
 }  // namespace
 
-Pairs historyRowDetails(const HistoryRow& row, const HistoryEntry& told) {
+Pairs historyRowDetails(const HistoryRow& row) {
     Pairs details;
     const HistoryEntry& first = row.entries.front();
-    const bool isNewFile = row.done && first.how == "New .m4v";
+    const bool isNewFile = first.how == "New .m4v";
     if (row.entries.size() > 1) details.emplace_back("Episodes", episodes(row));
     details.emplace_back("File", fs::path(first.path).filename().string());
     if (row.failed) {
-        const PlainText::Explanation words = PlainText::explain(told.message);
+        const std::string& message = row.told().message;
+        const PlainText::Explanation words = PlainText::explain(message);
         details.emplace_back("What happened", words.happened);
         details.emplace_back("What to do", words.next);
-        details.emplace_back("Technical", told.message);
+        details.emplace_back("Technical", message);
     }
-    if (isNewFile)
+    if (row.done && isNewFile)
         details.emplace_back("Saved to", fs::path(first.path).parent_path().filename().string());
     if (const std::string things = changed(row); !things.empty())
         details.emplace_back("Changed", things);

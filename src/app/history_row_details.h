@@ -8,8 +8,7 @@
 
 namespace marlet {
 
-/// The pairs shown when a row is opened. `told` is the entry that the row's state speaks of.
-std::vector<std::pair<std::string, std::string>> historyRowDetails(const HistoryRow& row,
-                                                                   const HistoryEntry& told);
+/// The pairs shown when a row is opened.
+std::vector<std::pair<std::string, std::string>> historyRowDetails(const HistoryRow& row);
 
 }  // namespace marlet

@@ -2,33 +2,72 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 #include "app/history_row_details.h"
 #include "app/write_queue.h"
 #include "foundation/text.h"
 
-namespace marlet::HistoryRows {
+namespace marlet {
+
+const HistoryEntry& HistoryRow::told() const {
+    const auto unfinished = std::find_if(entries.begin(), entries.end(),
+                                         [](const auto& entry) { return entry.result != "done"; });
+    return unfinished == entries.end() ? entries.front() : *unfinished;
+}
+
+std::vector<std::pair<std::string, std::string>> HistoryRow::details() const {
+    return historyRowDetails(*this);
+}
+
+namespace HistoryRows {
 
 namespace {
 
-bool sameGroup(const HistoryEntry& a, const HistoryEntry& b) {
-    return a.show && a.show == b.show && a.season == b.season && a.batchID == b.batchID &&
-           a.isRestore == b.isRestore;
+/// Everything that entries of one row have in common.
+using GroupKey = std::tuple<std::string_view, std::optional<int>, std::optional<std::string_view>,
+                            std::optional<bool>>;
+
+GroupKey keyOf(const HistoryEntry& entry) {
+    return {*entry.show, entry.season, entry.batchID, entry.isRestore};
 }
 
 /// Episodes of one season written in one run become one row; everything else stays alone.
-std::vector<std::vector<HistoryEntry>> groupsOf(const std::vector<HistoryEntry>& day) {
-    std::vector<std::vector<HistoryEntry>> groups;
-    for (const HistoryEntry& entry : day) {
-        const auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& each) {
-            return sameGroup(each.front(), entry);
-        });
-        if (group == groups.end())
-            groups.push_back({entry});
-        else
-            group->push_back(entry);
+std::vector<HistoryList> groupsOf(const HistoryList& day) {
+    std::vector<HistoryList> groups;
+    std::map<GroupKey, std::size_t> place;
+    for (const HistoryList::Shared& entry : day.shared()) {
+        std::size_t at = groups.size();
+        if (entry->show) at = place.try_emplace(keyOf(*entry), at).first->second;
+        if (at == groups.size()) groups.emplace_back();
+        groups[at].add(entry);
     }
     return groups;
+}
+
+struct Day {
+    Moment start{};
+    HistoryList entries;
+};
+
+/// In the order in which the days first appear.
+std::vector<Day> daysOf(const HistoryList& entries) {
+    std::vector<Day> days;
+    std::map<Moment, std::size_t> place;
+    Moment start{};
+    Moment next{};  // the day after: neighbours mostly share a day, which is found once
+    std::size_t at = 0;
+    for (const HistoryList::Shared& entry : entries.shared()) {
+        if (entry->date < start || entry->date >= next) {
+            start = Dates::startOfLocalDay(entry->date);
+            // No day is as long, and none as short as half of it.
+            next = Dates::startOfLocalDay(start + std::chrono::hours(36));
+            at = place.try_emplace(start, days.size()).first->second;
+            if (at == days.size()) days.push_back({start, {}});
+        }
+        days[at].entries.add(entry);
+    }
+    return days;
 }
 
 bool kept(const HistoryRow& row, int filter) {
@@ -45,7 +84,7 @@ bool holds(const HistoryRow& row, const std::string& query) {
     return Text::contains(Text::lower(Text::join(pieces, " ")), query);
 }
 
-std::string subLine(const std::vector<HistoryEntry>& entries) {
+std::string subLine(const HistoryList& entries) {
     const HistoryEntry& first = entries.front();
     if (!first.show) return first.year ? std::to_string(*first.year) : std::string();
     std::string sub;
@@ -91,47 +130,34 @@ std::string doneLine(const HistoryEntry& first) {
 
 }  // namespace
 
-std::vector<HistoryDay> build(const std::vector<HistoryEntry>& entries, int filter,
-                              const std::string& query) {
-    std::vector<std::pair<Moment, std::vector<HistoryEntry>>> byDay;
-    std::map<Moment, std::size_t> place;
-    for (const HistoryEntry& entry : entries) {
-        const Moment day = Dates::startOfLocalDay(entry.date);
-        const auto [found, isNew] = place.try_emplace(day, byDay.size());
-        if (isNew) byDay.push_back({day, {}});
-        byDay[found->second].second.push_back(entry);
-    }
-
+std::vector<HistoryDay> build(const HistoryList& entries, int filter, const std::string& query) {
     const std::string wanted = Text::lower(Text::trim(query));
     std::vector<HistoryDay> days;
-    for (const auto& [start, ofDay] : byDay) {
-        HistoryDay day{start, {}, {}};
-        for (auto& group : groupsOf(ofDay)) {
+    for (const Day& each : daysOf(entries)) {
+        HistoryDay day{each.start, {}, {}};
+        for (HistoryList& group : groupsOf(each.entries)) {
             HistoryRow made = row(std::move(group));
             if (kept(made, filter) && holds(made, wanted)) day.rows.push_back(std::move(made));
         }
         if (day.rows.empty()) continue;
-        day.label = dayLabel(start);
+        day.label = dayLabel(each.start);
         days.push_back(std::move(day));
     }
     return days;
 }
 
-HistoryRow row(std::vector<HistoryEntry> entries) {
+HistoryRow row(HistoryList entries) {
     HistoryRow row;
     row.entries = std::move(entries);
     const HistoryEntry& first = row.entries.front();
+    const HistoryEntry& told = row.told();
     for (const HistoryEntry& entry : row.entries) row.time = std::max(row.time, entry.date);
     row.title = first.show.value_or(first.title);
     row.sub = subLine(row.entries);
-
-    const auto unfinished = std::find_if(row.entries.begin(), row.entries.end(),
-                                         [](const auto& entry) { return entry.result != "done"; });
-    row.done = unfinished == row.entries.end();
+    row.done = told.result == "done";
     row.failed = !row.done;
-    row.status = row.done ? "Done" : statusWord(*unfinished);
-    row.line = row.done ? doneLine(first) : unfinishedLine(row.status, unfinished->message);
-    row.details = historyRowDetails(row, row.done ? first : *unfinished);
+    row.status = row.done ? "Done" : statusWord(told);
+    row.line = row.done ? doneLine(first) : unfinishedLine(row.status, told.message);
     return row;
 }
 
@@ -144,4 +170,5 @@ std::string dayLabel(Moment date) {
     return Dates::local(date, thisYear ? "EEEE, MMMM d" : "EEEE, MMMM d, yyyy");
 }
 
-}  // namespace marlet::HistoryRows
+}  // namespace HistoryRows
+}  // namespace marlet

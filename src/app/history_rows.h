@@ -10,7 +10,7 @@ namespace marlet {
 
 /// One line of the History tab: a film, or the episodes of one season from one run.
 struct HistoryRow {
-    std::vector<HistoryEntry> entries;
+    HistoryList entries;
     std::string title;
     std::string sub;
     std::string line;
@@ -18,9 +18,13 @@ struct HistoryRow {
     bool failed = false;
     std::string status;
     Moment time{};
-    std::vector<std::pair<std::string, std::string>> details;  ///< label and text
 
     const std::string& id() const { return entries.front().id; }
+    /// The entry that the status and the line speak of: the first that is not done, if there is
+    /// one.
+    const HistoryEntry& told() const;
+    /// Label and text of each detail, made when a row is opened: it looks for restore points.
+    std::vector<std::pair<std::string, std::string>> details() const;
 };
 
 struct HistoryDay {
@@ -32,9 +36,8 @@ struct HistoryDay {
 namespace HistoryRows {
 
 /// filter: 0 all rows, 1 those done, any other those not done.
-std::vector<HistoryDay> build(const std::vector<HistoryEntry>& entries, int filter,
-                              const std::string& query);
-HistoryRow row(std::vector<HistoryEntry> entries);
+std::vector<HistoryDay> build(const HistoryList& entries, int filter, const std::string& query);
+HistoryRow row(HistoryList entries);
 /// "Today", "Yesterday", "Friday, November 20", with the year when it is another one.
 std::string dayLabel(Moment date);
 

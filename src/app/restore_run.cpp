@@ -12,16 +12,15 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The entries of the newest run that is no restore; none without such a run.
-std::vector<HistoryEntry> lastRun(const HistoryStore& history) {
-    const std::vector<HistoryEntry>& entries = history.entries();
+HistoryList lastRun(const HistoryStore& history) {
+    const HistoryList& entries = history.entries();
     const auto newest = std::ranges::find_if(entries, [](const HistoryEntry& entry) {
         return !entry.isRestore.value_or(false) && !entry.batchID.value_or("").empty();
     });
     if (newest == entries.end()) return {};
-    std::vector<HistoryEntry> run;
-    std::ranges::copy_if(entries, std::back_inserter(run), [&](const HistoryEntry& entry) {
-        return entry.batchID == newest->batchID;
-    });
+    HistoryList run;
+    for (const HistoryList::Shared& entry : entries.shared())
+        if (entry->batchID == newest->batchID) run.add(entry);
     return run;
 }
 
@@ -43,7 +42,7 @@ RunEnd endOf(const WriteQueue& queue) {
 
 Task<RunEnd> restoreLastBatch(AppModel& model, Options options) {
     const std::unique_ptr<RunLines> lines = runLines(options);
-    const std::vector<HistoryEntry> run = lastRun(model.history());
+    const HistoryList run = lastRun(model.history());
     if (run.empty()) {
         lines->problem("no run in History");
         co_return RunEnd::failed;

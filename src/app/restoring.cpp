@@ -80,7 +80,7 @@ void AppModel::restoreOriginal(const Path& file) {
     queueRestores(std::move(jobs));
 }
 
-void AppModel::restoreBatch(const std::vector<HistoryEntry>& entries) {
+void AppModel::restoreBatch(const HistoryList& entries) {
     if (queue_.active()) return;
     std::set<std::string> seen;
     std::vector<Job> jobs;

@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY;
+constexpr const char* newFilePhrase = "cannot write file";
 
 /// The folder that holds the name; "." for a name alone.
 fs::path folderOf(const fs::path& path) {
@@ -39,28 +40,6 @@ fs::path temporaryBeside(const fs::path& file) {
     const std::string name = file.filename().string().substr(0, 200);
     return file.parent_path() / ("." + name + "." + newUUID() + ".tmp");
 }
-
-class TemporaryFile {
-public:
-    explicit TemporaryFile(fs::path path) : path_(std::move(path)) {}
-    ~TemporaryFile() {
-        if (created_) Sys::unlink(path_);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const fs::path& path() const { return path_; }
-    FileHandle create(const std::string& phrase) {
-        FileHandle handle = FileHandle::open(path_, O_WRONLY | O_CREAT | O_EXCL, phrase, 0644);
-        created_ = true;
-        return handle;
-    }
-    void renamed() { created_ = false; }
-
-private:
-    fs::path path_;
-    bool created_ = false;
-};
 
 }  // namespace
 
@@ -89,16 +68,29 @@ void makeFolders(const fs::path& folder) {
     }
 }
 
+NewFile::NewFile(fs::path file)
+    : file_(std::move(file)),
+      temporary_(temporaryBeside(file_)),
+      handle_(FileHandle::open(temporary_, O_WRONLY | O_CREAT | O_EXCL, newFilePhrase, 0644)) {}
+
+NewFile::~NewFile() {
+    if (!isNamed_) Sys::unlink(temporary_);
+}
+
+Sys::FileStat NewFile::commit() {
+    if (Sys::fsync(handle_.get()) != 0) failWithErrno(newFilePhrase);
+    const auto found = Sys::fstat(handle_.get());
+    if (!found) failWithErrno(newFilePhrase);
+    handle_.close();
+    rename(temporary_, file_, newFilePhrase);
+    isNamed_ = true;
+    return *found;
+}
+
 void writeFile(const fs::path& file, ByteView content) {
-    static const std::string phrase = "cannot write file";
-    TemporaryFile temporary(temporaryBeside(file));
-    {
-        const FileHandle handle = temporary.create(phrase);
-        FileOps::writeAll(handle.get(), content, 0);
-        if (Sys::fsync(handle.get()) != 0) failWithErrno(phrase);
-    }
-    rename(temporary.path(), file, phrase);
-    temporary.renamed();
+    NewFile next(file);
+    FileOps::writeAll(next.fd(), content, 0);
+    next.commit();
 }
 
 void flushFile(const fs::path& file) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "foundation/bytes.h"
+#include "foundation/syscalls.h"
 
 namespace marlet {
 
@@ -16,6 +17,25 @@ namespace Durable {
 void makeFolders(const std::filesystem::path& folder);
 /// Temporary name beside it, write, flush, rename, flush the folder.
 void writeFile(const std::filesystem::path& file, ByteView content);
+/// The same for a content that comes in pieces: it is written under a hidden name, which goes away
+/// again on every way out but `commit`.
+class NewFile {
+public:
+    explicit NewFile(std::filesystem::path file);
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    int fd() const { return handle_.get(); }
+    /// Flush, rename, flush the folder; tells what the file then is. Once at most.
+    Sys::FileStat commit();
+
+private:
+    std::filesystem::path file_;
+    std::filesystem::path temporary_;
+    FileHandle handle_;
+    bool isNamed_ = false;
+};
 void flushFile(const std::filesystem::path& file);
 void flushFolder(const std::filesystem::path& folder);
 /// Renames and flushes the folder(s).

@@ -276,6 +276,27 @@ std::size_t readFull(int fd, std::span<std::uint8_t> buffer, std::uint64_t at) {
     return filled;
 }
 
+void copyRange(int from, std::uint64_t at, std::uint64_t count, int to, std::uint64_t toAt) {
+    while (count > 0) {
+        const ssize_t moved = Sys::copyFileRange(from, at, to, toAt, count);
+        if (moved <= 0) break;
+        at += static_cast<std::uint64_t>(moved);
+        toAt += static_cast<std::uint64_t>(moved);
+        count -= static_cast<std::uint64_t>(moved);
+    }
+    constexpr std::uint64_t pieceSize = std::uint64_t{1} << 20U;
+    Bytes piece(static_cast<std::size_t>(std::min(count, pieceSize)));
+    while (count > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min(count, pieceSize));
+        if (readFull(from, std::span(piece).first(wanted), at) < wanted)
+            failWith("read failed", EIO);
+        writeAll(to, ByteView(piece).first(wanted), toAt);
+        at += wanted;
+        toAt += wanted;
+        count -= wanted;
+    }
+}
+
 std::optional<Bytes> readSmall(const fs::path& path, std::size_t limit) {
     // Without waiting: a pipe of that name has no writer, and is not meant anyway.
     const FileHandle file(Sys::open(path, O_RDONLY | O_NONBLOCK));

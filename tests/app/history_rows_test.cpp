@@ -38,7 +38,7 @@ std::vector<HistoryEntry> season(const std::string& batch) {
 }
 
 std::string detail(const HistoryRow& row, const std::string& label) {
-    for (const auto& [name, text] : row.details)
+    for (const auto& [name, text] : row.details())
         if (name == label) return text;
     return "(none)";
 }
