@@ -3,6 +3,7 @@
 #include <array>
 #include <system_error>
 
+#include "convert/built_index.h"
 #include "convert/built_picture.h"
 #include "convert/chapter_list.h"
 #include "convert/convert_wording.h"
@@ -41,10 +42,13 @@ void takeOver(const ConvertJob& job) {
     Durable::rename(job.mux.output, job.built());
 }
 
-void restorePicture(const ConvertJob& job) {
-    PictureStart::restore(job.built(), job.mux.tracks);
+/// What no option of the tool could tell it.
+void mendIndex(const ConvertJob& job) {
+    BuiltIndex index(job.built());
+    PictureStart::restore(index, job.mux.tracks);
     if (const MKVTrack* const video = job.mkv->track(job.plan().video))
-        BuiltPicture::restore(job.built(), *video);
+        BuiltPicture::restore(index, *video);
+    if (!job.mux.chapters) ChapterList::remove(index);
 }
 
 Stage stageOf(std::size_t attempt) {
@@ -85,8 +89,7 @@ double run(ConvertJob& job) {
     for (std::size_t attempt = 0; attempt < slices.size(); attempt++) {
         job.mux.slice = slices[attempt];
         build(job, stageOf(attempt));
-        restorePicture(job);
-        if (!job.mux.chapters) ChapterList::remove(job.built());
+        mendIndex(job);
         IlstEditor::apply(IlstEditor::plan(job.built(), ilst), job.built());
         layout = measureInterleave(job.built());
         if (layout <= soundLayoutLimit) break;

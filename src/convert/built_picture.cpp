@@ -1,30 +1,16 @@
 #include "convert/built_picture.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
-#include "foundation/errors.h"
-#include "foundation/file_ops.h"
-#include "foundation/syscalls.h"
 #include "matroska/picture_shape.h"
 #include "mp4/box_cursor.h"
 #include "mp4/sample_entry.h"
-#include "write/index_in_file.h"
 
 namespace marlet::BuiltPicture {
 
 namespace {
-
-/// What is to stand at a place of the index.
-struct Change {
-    std::int64_t at = 0;
-    Bytes bytes;
-};
-using Changes = std::vector<Change>;
 
 int number(int tool, int told) {
     constexpr int most = 0xFFFF;
@@ -47,12 +33,13 @@ Bytes colours(ByteView fields, const PictureColour& told) {
     return bytes;
 }
 
-/// The pictures' tracks of an index, and what of them is to be changed.
-class Index {
+/// The pictures' tracks of an index.
+class Pictures {
 public:
-    Index(ByteView moov, const MKVTrack& source) : moov_(moov), source_(source) {}
+    Pictures(BuiltIndex& index, const MKVTrack& source)
+        : index_(index), moov_(index.moov()), source_(source) {}
 
-    Changes changes() {
+    void restore() {
         BoxCursor traks(moov_, 0, static_cast<std::int64_t>(moov_.size()));
         while (const auto trak = traks.next()) {
             if (trak->code != boxCode("trak") ||
@@ -60,7 +47,6 @@ public:
                 continue;
             if (changeEntries(*trak)) changeWidth(*trak);
         }
-        return std::move(changes_);
     }
 
 private:
@@ -118,26 +104,18 @@ private:
     }
 
     void change(std::int64_t at, const Bytes& bytes) {
-        const ByteView now = slice(moov_, at, at + static_cast<std::int64_t>(bytes.size()));
-        if (!std::ranges::equal(bytes, now)) changes_.push_back({at, bytes});
+        index_.put(at, bytes, "cannot open the new file to set how it is shown");
     }
 
-    ByteView moov_;
+    BuiltIndex& index_;
+    const ByteView moov_;
     const MKVTrack& source_;
-    Changes changes_;
 };
 
 }  // namespace
 
-void restore(const std::filesystem::path& built, const MKVTrack& source) {
-    const auto index = readIndex(built);
-    if (!index) return;
-    const Changes changes = Index(index->payload, source).changes();
-    if (changes.empty()) return;
-    const FileHandle handle =
-        FileHandle::open(built, O_WRONLY, "cannot open the new file to set how it is shown");
-    for (const Change& change : changes)
-        FileOps::writeAll(handle.get(), change.bytes, index->fileOffset(change.at));
+void restore(BuiltIndex& index, const MKVTrack& source) {
+    Pictures(index, source).restore();
 }
 
 }  // namespace marlet::BuiltPicture

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <filesystem>
-
+#include "convert/built_index.h"
 #include "matroska/mkv_file.h"
 
 /// GPAC's `MP4Box` tells colours and the shape of pixels by the pictures' stream alone: what the
@@ -13,7 +12,7 @@ namespace marlet::BuiltPicture {
 /// knew nothing, and "not told" in the place of RGB: pictures of 4:2:0, and only those are copied,
 /// are never that. Puts the source's shape into `pasp` (12.1.4), and the width that it makes into
 /// the track's header. Nothing moves, and what has no such box stays as it is. MFError when the
-/// file can't be read or written.
-void restore(const std::filesystem::path& built, const MKVTrack& source);
+/// file can't be written.
+void restore(BuiltIndex& index, const MKVTrack& source);
 
 }  // namespace marlet::BuiltPicture

@@ -1,45 +1,26 @@
 #include "convert/picture_start.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <vector>
+#include <optional>
 
-#include "foundation/errors.h"
-#include "foundation/file_ops.h"
+#include "mp4/edit_list.h"
 #include "mp4/summary.h"
-#include "write/index_in_file.h"
+#include "mp4/track_parser.h"
 
 namespace marlet::PictureStart {
 
 namespace {
 
-/// One entry of an edit list, and where its two times stand.
-struct Edit {
-    std::int64_t durationAt = 0;
-    std::int64_t timeAt = 0;
-    std::uint64_t duration = 0;  ///< movie units
-    std::int64_t time = 0;       ///< media units; negative: an empty edit
-    int width = 4;               ///< bytes of each field
-};
-
-std::vector<Edit> editsOf(ByteView data, const Box& elst) {
-    const bool isWide = elst.start < elst.end && data[static_cast<std::size_t>(elst.start)] == 1;
-    const int width = isWide ? 8 : 4;
-    const std::uint32_t count = BigEndian::u32(data, elst.start + 4);
-    std::vector<Edit> edits;
-    std::int64_t at = elst.start + 8;
-    for (std::uint32_t i = 0; i < count && at + 2 * width + 4 <= elst.end; i++) {
-        Edit edit{at, at + width, 0, 0, width};
-        edit.duration = isWide ? BigEndian::u64(data, at) : BigEndian::u32(data, at);
-        edit.time = isWide ? static_cast<std::int64_t>(BigEndian::u64(data, at + width))
-                           : static_cast<std::int32_t>(BigEndian::u32(data, at + width));
-        edits.push_back(edit);
-        at += 2 * width + 4;
-    }
-    return edits;
+/// The second entry of a list of two, where the first only waits and the media begins at 0.
+std::optional<Edit> playedFromItsStart(ByteView moov, const BoxSpan& trak) {
+    EditCursor edits(moov, trak);
+    const auto waits = edits.next();
+    const auto plays = edits.next();
+    if (!plays || edits.next() || waits->mediaTime >= 0 || plays->mediaTime != 0)
+        return std::nullopt;
+    return plays;
 }
 
 /// The time of the frame that is shown first, in media units.
@@ -54,10 +35,17 @@ std::int64_t firstShown(const Track& track) {
     return count == 0 ? 0 : first;
 }
 
-Bytes bigEndian(std::uint64_t value, int width) {
+/// The two times of an entry as they stand in the list.
+Bytes timesOf(const Edit& edit) {
     Bytes bytes;
-    for (int i = width - 1; i >= 0; i--)
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    const auto mediaTime = static_cast<std::uint64_t>(edit.mediaTime);
+    if (edit.width == 8) {
+        BigEndian::put64(bytes, edit.duration);
+        BigEndian::put64(bytes, mediaTime);
+    } else {
+        BigEndian::put32(bytes, static_cast<std::uint32_t>(edit.duration));
+        BigEndian::put32(bytes, static_cast<std::uint32_t>(mediaTime));
+    }
     return bytes;
 }
 
@@ -78,45 +66,29 @@ std::int64_t firstPlayed(const Track& track, const std::vector<MuxTrack>& asked)
     return std::llround(runIn(asked[place].file) * track.timescale);
 }
 
-std::uint32_t movieScale(ByteView moov) {
-    const auto mvhd = find(moov, 0, static_cast<std::int64_t>(moov.size()), {"mvhd"});
-    if (!mvhd) return 0;
-    const bool isWide = moov[static_cast<std::size_t>(mvhd->start)] == 1;
-    return BigEndian::u32(moov, mvhd->start + (isWide ? 20 : 12));
-}
-
 }  // namespace
 
-void restore(const std::filesystem::path& built, const std::vector<MuxTrack>& tracksAsked) {
-    const auto index = readIndex(built);
-    if (!index) return;
-    const ByteView moov = index->payload;
+void restore(BuiltIndex& index, const std::vector<MuxTrack>& tracksAsked) {
+    const ByteView moov = index.moov();
     const std::vector<Track> tracks = parseSummary(moov, Detail::Yes).tracks;
-    const std::uint32_t scale = movieScale(moov);
-    FileHandle handle;
+    const std::uint32_t scale = movieTimescale(moov);
     int number = -1;
-    for (const Box& trak : children(moov, 0, static_cast<std::int64_t>(moov.size()))) {
-        if (trak.type != "trak") continue;
+    BoxCursor boxes(moov, 0, static_cast<std::int64_t>(moov.size()));
+    while (const auto trak = boxes.next()) {
+        if (trak->code != boxCode("trak")) continue;
         number++;
         const auto track = std::ranges::find(tracks, number, &Track::index);
-        const auto elst = find(moov, trak.start, trak.end, {"edts", "elst"});
-        if (track == tracks.end() || !elst) continue;
-        const std::vector<Edit> edits = editsOf(moov, *elst);
-        const bool isDelay = edits.size() == 2 && edits[0].time < 0 && edits[1].time == 0;
-        if (!isDelay) continue;
+        if (track == tracks.end()) continue;
+        auto edit = playedFromItsStart(moov, *trak);
+        if (!edit) continue;
         const std::int64_t shown = firstPlayed(*track, tracksAsked);
         if (shown <= 0) continue;
 
         const auto hidden = static_cast<std::uint64_t>(std::llround(
             static_cast<double>(shown) * static_cast<double>(scale) / track->timescale));
-        const Edit& edit = edits[1];
-        if (!handle.isOpen())
-            handle = FileHandle::open(built, O_WRONLY, "cannot open the new file to set its start");
-        FileOps::writeAll(handle.get(), bigEndian(static_cast<std::uint64_t>(shown), edit.width),
-                          index->fileOffset(edit.timeAt));
-        FileOps::writeAll(handle.get(),
-                          bigEndian(edit.duration - std::min(edit.duration, hidden), edit.width),
-                          index->fileOffset(edit.durationAt));
+        edit->duration -= std::min(edit->duration, hidden);
+        edit->mediaTime = shown;
+        index.put(edit->at, timesOf(*edit), "cannot open the new file to set its start");
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <filesystem>
 #include <vector>
 
+#include "convert/built_index.h"
 #include "convert/mux_plan.h"
 
 namespace marlet::PictureStart {
@@ -13,6 +13,6 @@ namespace marlet::PictureStart {
 /// to the first frame that is shown (ISO/IEC 14496-12, 8.6.6): fields of fixed size, in place.
 /// Converted sound loses the edit of its own file the same way, and with it the silence that its
 /// encoder put first is heard: that is set again, too. `tracks` as the file was asked for.
-void restore(const std::filesystem::path& built, const std::vector<MuxTrack>& tracks = {});
+void restore(BuiltIndex& index, const std::vector<MuxTrack>& tracks = {});
 
 }  // namespace marlet::PictureStart

@@ -33,7 +33,8 @@ protected:
     /// What the file is when these fields were in it.
     Bytes restored(const Bytes& film) {
         file_ = folder_.write("built.mp4", film);
-        BuiltPicture::restore(file_, source_);
+        BuiltIndex index(file_);
+        BuiltPicture::restore(index, source_);
         return readFile(file_);
     }
     TempFolder folder_;

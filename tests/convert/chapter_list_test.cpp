@@ -25,7 +25,8 @@ class ChapterListTest : public testing::Test {
 protected:
     Bytes withoutList(const Movie& movie) {
         file_ = folder_.write("built.mp4", buildMovie(movie));
-        ChapterList::remove(file_);
+        BuiltIndex index(file_);
+        ChapterList::remove(index);
         return readFile(file_);
     }
     TempFolder folder_;
@@ -47,7 +48,8 @@ TEST_F(ChapterListTest, AFileThatCannotBeWrittenIsTold) {
     file_ = folder_.write("built.mp4", buildMovie(filmWith({list_})));
     const Sys::Fault readOnly(Sys::Call::Open, EROFS, 3, false, file_);
     try {
-        ChapterList::remove(file_);
+        BuiltIndex index(file_);
+        ChapterList::remove(index);
         FAIL() << "no failure";
     } catch (const MFError& failure) {
         EXPECT_EQ(failure.description(),

@@ -33,7 +33,8 @@ protected:
     Bytes restored(const Movie& movie, const std::vector<MuxTrack>& tracks = {}) {
         before_ = buildMovie(movie);
         file_ = folder_.write("built.mp4", before_);
-        PictureStart::restore(file_, tracks);
+        BuiltIndex index(file_);
+        PictureStart::restore(index, tracks);
         return readFile(file_);
     }
 
@@ -109,7 +110,8 @@ TEST_F(PictureStartTest, AFileThatCannotBeWrittenIsTold) {
     file_ = folder_.write("built.mp4", buildMovie(filmWith({{500, -1}, {1080, 0}})));
     const Sys::Fault readOnly(Sys::Call::Open, EROFS, 3, false, file_);
     try {
-        PictureStart::restore(file_);
+        BuiltIndex index(file_);
+        PictureStart::restore(index);
         FAIL() << "no failure";
     } catch (const MFError& failure) {
         EXPECT_EQ(failure.description(),
@@ -119,7 +121,8 @@ TEST_F(PictureStartTest, AFileThatCannotBeWrittenIsTold) {
 
 TEST_F(PictureStartTest, AFileThatIsNoFilmStays) {
     const auto file = folder_.write("built.mp4", std::string_view("no film"));
-    EXPECT_NO_THROW(PictureStart::restore(file));
+    BuiltIndex index(file);
+    EXPECT_NO_THROW(PictureStart::restore(index));
     EXPECT_EQ(textOf(readFile(file)), "no film");
 }
 
