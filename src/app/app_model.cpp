@@ -8,6 +8,16 @@
 
 namespace marlet {
 
+namespace {
+
+bool isInLibrary(const std::filesystem::path& path) {
+    constexpr const char* name = "Media Library";
+    return path.native().find(name) != std::string::npos &&
+           std::any_of(path.begin(), path.end(), [&](const auto& part) { return part == name; });
+}
+
+}  // namespace
+
 std::optional<AppModel::Path> AppModel::outputOverride;
 
 AppModel::AppModel(Parts parts)
@@ -29,6 +39,7 @@ AppModel::~AppModel() {
     history_.onChanged = nullptr;
     life_.cancel();
     scanCancel_.cancel();
+    lookCancel_.cancel();
     plans_.endAll();
     drafts_.endAll();
 }
@@ -47,29 +58,28 @@ int AppModel::fileCount() const {
 }
 
 int AppModel::readyCount() const {
-    int count = 0;
-    review_.forEach([&](const ResolvedFile& file) { count += review_.isReady(file) ? 1 : 0; });
-    return count;
+    return review_.counts().ready;
 }
 
 int AppModel::readyItemCount() const {
+    const Lock lock = lockNow();
     return static_cast<int>(std::count_if(items().begin(), items().end(), [&](const auto& item) {
         return std::any_of(item.files.begin(), item.files.end(), [&](const auto& file) {
-            return review_.isReady(file) && !isLocked(file);
+            return review_.isReady(file) && !isLocked(file, lock);
         });
     }));
 }
 
 int AppModel::needsCheckingCount() const {
-    int count = 0;
-    review_.forEach([&](const ResolvedFile& file) { count += isConfirmed(file) ? 0 : 1; });
-    return count;
+    return review_.counts().needsLook;
 }
 
 int AppModel::lockedCount() const {
+    const Lock lock = lockNow();
+    if (lock.isOff) return 0;
     int count = 0;
     review_.forEach([&](const ResolvedFile& file) {
-        count += review_.isReady(file) && isLocked(file) ? 1 : 0;
+        count += review_.isReady(file) && isLocked(file, lock) ? 1 : 0;
     });
     return count;
 }
@@ -95,14 +105,20 @@ void AppModel::confirm(const Path& file) {
 }
 
 bool AppModel::isLocked(const ResolvedFile& file) const {
-    if (RunMode::automated() || Settings::allowLibraryWrites()) return false;
+    return isLocked(file, lockNow());
+}
+
+AppModel::Lock AppModel::lockNow() const {
+    if (RunMode::automated() || Settings::allowLibraryWrites()) return {.isOff = true};
+    return {.besideSource = Settings::outputSameFolder(), .newFiles = isInLibrary(outputFolder())};
+}
+
+bool AppModel::isLocked(const ResolvedFile& file, const Lock& lock) const {
+    if (lock.isOff) return false;
     const std::string extension = Scanner::extensionOf(file.file.url);
     const bool isMP4 = extension == "mp4" || extension == "m4v";
     const bool inPlace = isMP4 && !tracks_.dropsAny(file.file.url);
-    Path lands = file.file.url;
-    if (!inPlace && !Settings::outputSameFolder()) lands = outputFolder();
-    return std::any_of(lands.begin(), lands.end(),
-                       [](const Path& component) { return component == "Media Library"; });
+    return inPlace || lock.besideSource ? isInLibrary(file.file.url) : lock.newFiles;
 }
 
 AppModel::Path AppModel::outputFolder() {

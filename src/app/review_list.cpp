@@ -59,7 +59,20 @@ bool ReviewList::isConfirmed(const ResolvedFile& file) const {
     return file.verdict.isCertain() || confirmed_.contains(file.file.url);
 }
 
+const ReviewList::Counts& ReviewList::counts() const {
+    if (countedAt_ == revision_) return counts_;
+    counts_ = {};
+    forEach([&](const ResolvedFile& file) {
+        const bool confirmed = isConfirmed(file);
+        counts_.needsLook += confirmed ? 0 : 1;
+        counts_.ready += confirmed && file.match ? 1 : 0;
+    });
+    countedAt_ = revision_;
+    return counts_;
+}
+
 void ReviewList::regroup(const std::vector<ResolvedFile>& all) {
+    revision_++;
     items_ = Matcher::group(all);
     places_.clear();
     byID_.clear();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <set>
@@ -19,6 +20,14 @@ public:
     /// Copies of the files of all items in order.
     std::vector<ResolvedFile> files() const;
     std::size_t fileCount() const { return places_.size(); }
+    /// Another number after each change of the rows and of what is accepted.
+    std::uint64_t revision() const { return revision_; }
+    struct Counts {
+        int ready = 0;      ///< files
+        int needsLook = 0;  ///< files that nobody has accepted
+    };
+    /// Counted once for each revision.
+    const Counts& counts() const;
     /// Visits the files of all items in order.
     template <typename Visit>
     void forEach(const Visit& visit) const {
@@ -35,8 +44,12 @@ public:
     /// Swaps the records of these files, found by their location; others are passed over.
     void replace(const std::vector<ResolvedFile>& changed);
 
-    void confirm(const std::filesystem::path& file) { confirmed_.insert(file); }
-    void forgetConfirmation(const std::filesystem::path& file) { confirmed_.erase(file); }
+    void confirm(const std::filesystem::path& file) {
+        if (confirmed_.insert(file).second) revision_++;
+    }
+    void forgetConfirmation(const std::filesystem::path& file) {
+        if (confirmed_.erase(file) > 0) revision_++;
+    }
     /// Whether the person has accepted it, whatever its verdict.
     bool isAccepted(const std::filesystem::path& file) const { return confirmed_.contains(file); }
     /// Nothing asks for a look, or the person has accepted it.
@@ -55,6 +68,9 @@ private:
     std::unordered_map<std::string, Place> places_;      ///< by location; follows items_
     std::unordered_map<std::string, std::size_t> byID_;  ///< follows items_
     std::set<std::filesystem::path> confirmed_;
+    std::uint64_t revision_ = 0;
+    mutable Counts counts_;
+    mutable std::uint64_t countedAt_ = 0;
 };
 
 }  // namespace marlet

@@ -1,6 +1,7 @@
 // How files come into Review.
 
 #include <unordered_set>
+#include <utility>
 
 #include "app/app_model.h"
 #include "foundation/errors.h"
@@ -37,12 +38,20 @@ void AppModel::add(std::vector<Path> urls) {
 }
 
 Task<> AppModel::lookThrough() {
+    const CancelToken life = life_;
     while (!toLookThrough_.empty()) {
         const std::vector<Path> urls = std::move(toLookThrough_.front());
         toLookThrough_.pop_front();
         std::function<std::vector<Path>()> look = [urls] { return Scanner::videoFiles(urls); };
-        auto looking = Asking::answer(Async::onWorker(std::move(look)), life_);
-        const std::optional<std::vector<Path>> found = co_await looking;
+        const CancelToken cancel = lookCancel_;
+        std::optional<std::vector<Path>> found;
+        try {
+            auto looking = Asking::answer(Async::onWorker(std::move(look)), cancel);
+            found = co_await looking;
+        } catch (const CancelError&) {
+            if (life.isCancelled()) throw;  // the model is gone
+            continue;
+        }
         take(found.value_or(std::vector<Path>()));
     }
     looking_ = false;
@@ -70,6 +79,21 @@ void AppModel::scan(std::vector<Path> urls) {
     scanning_ = true;
     setPhase(looksThrough());
     scanNow(std::move(urls), scanCancel_);
+}
+
+void AppModel::cancelScan() {
+    toLookThrough_.clear();
+    scanCancel_.cancel();
+    scanning_ = false;
+    const CancelToken looking = std::exchange(lookCancel_, CancelToken());
+    looking.cancel();
+    endPhase();
+}
+
+void AppModel::place(const std::vector<ResolvedFile>& files) {
+    review_.add(files);
+    changed();
+    analyseAll();
 }
 
 void AppModel::endPhase() {
