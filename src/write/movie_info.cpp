@@ -132,7 +132,33 @@ std::optional<std::string> xmlOf(plist_t node) {
     return std::string(text, length);
 }
 
+std::vector<std::string> namesIn(plist_t dictionary, const char* key) {
+    std::vector<std::string> names;
+    plist_t list = plist_dict_get_item(dictionary, key);
+    if (list == nullptr || plist_get_node_type(list) != PLIST_ARRAY) return names;
+    eachItem(list, [&](const char*, plist_t person) {
+        plist_t name = plist_get_node_type(person) == PLIST_DICT
+                           ? plist_dict_get_item(person, "name")
+                           : nullptr;
+        if (name != nullptr && plist_get_node_type(name) == PLIST_STRING) {
+            char* text = nullptr;
+            plist_get_string_val(name, &text);
+            const std::unique_ptr<char, FreeMemory> owner(text);
+            if (text != nullptr && *text != 0) names.emplace_back(text);
+        }
+        return true;
+    });
+    return names;
+}
+
 }  // namespace
+
+People people(const std::string& movieInfo) {
+    const Node dictionary = dictionaryFrom(movieInfo);
+    if (!dictionary) return {};
+    return {namesIn(dictionary.get(), sectionKeys[0]), namesIn(dictionary.get(), sectionKeys[1]),
+            namesIn(dictionary.get(), sectionKeys[2])};
+}
 
 std::optional<std::string> movieInfo(const Details& details) {
     const std::string sections = section(sectionKeys[0], details.cast) +

@@ -28,6 +28,13 @@ std::optional<std::string> mergeMovi(const std::string& old,
 std::string extc(const Details& details);
 /// The `iTunMOVI` property list; nothing when there is nobody to name.
 std::optional<std::string> movieInfo(const Details& details);
+struct People {
+    std::vector<std::string> cast;
+    std::vector<std::string> directors;
+    std::vector<std::string> writers;
+};
+/// Whom an `iTunMOVI` property list names; nobody when it is none.
+People people(const std::string& movieInfo);
 
 }  // namespace TagBuilder
 }  // namespace marlet
