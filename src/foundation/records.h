@@ -175,6 +175,10 @@ struct ArtworkOption {
     std::string path;  ///< a source's path or a full location
     std::optional<std::string> language;
     bool isStill = false;  ///< a frame of the episode rather than a designed picture
+
+    /// The choice of none: nothing is fetched or written, so that the cover which a file has stays.
+    static ArtworkOption fileKeepsIts(Shape shape) { return {shape, "", std::nullopt, false}; }
+    bool keepsFiles() const { return path.empty(); }
     auto operator<=>(const ArtworkOption&) const = default;
 };
 

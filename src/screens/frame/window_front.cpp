@@ -4,6 +4,7 @@
 
 #include "app/front.h"
 #include "screens/frame/screens.h"
+#include "screens/pictures/art_provider.h"
 
 namespace marlet {
 
@@ -15,6 +16,7 @@ public:
     WindowFront(AppModel& model, QuitGate& gate) : screens_(model, gate) {}
 
     void open() override {
+        engine_.addImageProvider(ArtProvider::name, new ArtProvider);
         engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
         engine_.load(QUrl(QStringLiteral("qrc:/qt/qml/Marlet/frame/MainWindow.qml")));
     }

@@ -6,6 +6,7 @@ Rectangle {
     id: poster
 
     property string source
+    property string otherSource  // for when that one can't be had
     property string kind: "film"  // the drawing: a glyph's name
     property bool crop: true
     // One pixel stands for "there is no such picture".
@@ -26,7 +27,8 @@ Rectangle {
     Image {
         id: picture
         anchors.fill: parent
-        source: poster.source
+        source: poster.missed ? poster.otherSource : poster.source
+        onStatusChanged: if (status === Image.Error && poster.otherSource !== "") poster.missed = true
         asynchronous: true
         cache: true
         fillMode: poster.crop ? Image.PreserveAspectCrop : Image.PreserveAspectFit
