@@ -42,9 +42,10 @@ std::optional<Result> read(const Image& image, const std::vector<std::string>& l
 
 std::vector<Cue> cues(const MKVFile& mkv, const MKVTrack& track, const std::string& language,
                       bool forcedOnly, RunControl& control) {
-    const auto languages = visionLanguages(language);
-    if (!languages) failUnsupported(language);
-    ReadingCrew crew(languages->front(), control);
+    const auto* const row = RecognitionLanguages::byCode(language);
+    if (row == nullptr) failUnsupported(language);
+    ReadingCrew crew(row->recognition, control);
+    if (!crew.canRead()) failUnsupported(language);
     PGSParser::forEachEvent(mkv, track, control, [&](PGSParser::Event event) {
         if (event.forced || !forcedOnly) crew.hand(std::move(event));
     });

@@ -46,7 +46,9 @@ std::array<std::uint8_t, 32> markOf(const PGSParser::Event& event) {
 ReadingCrew::ReadingCrew(std::string language, RunControl& control)
     : language_(std::move(language)),
       control_(control),
-      most_(std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders)) {
+      most_(std::clamp(std::thread::hardware_concurrency(), 1U, mostReaders)),
+      first_(PictureReader::open(language_)),
+      canRead_(first_ != nullptr) {
     readers_.reserve(most_);
 }
 
@@ -109,8 +111,16 @@ void ReadingCrew::work() {
     }
 }
 
+std::unique_ptr<PictureReader> ReadingCrew::engine() {
+    {
+        const std::lock_guard guard(mutex_);
+        if (first_ != nullptr) return std::move(first_);
+    }
+    return PictureReader::open(language_);
+}
+
 void ReadingCrew::readAll() {
-    const std::unique_ptr<PictureReader> reader = PictureReader::open(language_);
+    const std::unique_ptr<PictureReader> reader = engine();
     for (;;) {
         Waiting next;
         {

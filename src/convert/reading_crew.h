@@ -6,6 +6,7 @@
 #include <deque>
 #include <exception>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,12 +25,15 @@ class PictureReader;
 /// fit into little memory.
 class ReadingCrew {
 public:
-    /// `language` is a recognition language.
+    /// `language` is a recognition language. Makes the first engine.
     ReadingCrew(std::string language, RunControl& control);
     /// Ends at once; what waits isn't read.
     ~ReadingCrew();
     ReadingCrew(const ReadingCrew&) = delete;
     ReadingCrew& operator=(const ReadingCrew&) = delete;
+
+    /// Whether the language can be read here; otherwise no picture gives any text.
+    bool canRead() const { return canRead_; }
 
     struct Line {
         std::int64_t startMs = 0;
@@ -52,12 +56,17 @@ private:
     void startReader();
     void work();
     void readAll();
+    /// The first engine for whoever asks first, then new ones; null when the language can't be
+    /// read.
+    std::unique_ptr<PictureReader> engine();
     std::string textOf(PictureReader* reader, const PGSParser::Event& event);
     void throwFailure();
 
     const std::string language_;
     RunControl& control_;
     const std::size_t most_;
+    std::unique_ptr<PictureReader> first_;  // guarded by mutex_ once there are readers
+    const bool canRead_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Waiting> waiting_;        // this and all below: guarded by mutex_

@@ -63,6 +63,12 @@ std::vector<ReadingCrew::Line> read(const PGSParser::Event& event) {
     return crew.finish();
 }
 
+TEST(ReadingCrew, TellsAheadWhetherItCanReadTheLanguage) {
+    RunControl control;
+    EXPECT_TRUE(ReadingCrew("en-US", control).canRead());
+    EXPECT_FALSE(ReadingCrew("xx-XX", control).canRead());
+}
+
 TEST(ReadingCrew, ACancelInTheMiddleOfAFilmEndsItAndLeavesNoThread) {
     const OpenPictures film(stream(linesOfText(40)));
     const auto before = threads();
