@@ -64,25 +64,21 @@ std::vector<std::string> roles(const json& content, const char* role) {
     return texts(at(at(content, "rolesSummary"), role));
 }
 
-ExtShow foundShow(const json& item) {
-    ExtShow show;
-    show.source = SourceID::appleTV;
-    show.id = text(at(item, "id"));
-    show.title = text(at(item, "title"));
-    show.year = year(releaseDate(item));
-    show.overview = text(at(item, "description"));
-    show.poster = AppleTVPictures::listPicture(at(item, "images"));
-    return show;
+/// What a search tells of a show and of a film alike.
+template <typename Found>
+Found foundOne(const json& item) {
+    Found found;
+    found.source = SourceID::appleTV;
+    found.id = text(at(item, "id"));
+    found.title = text(at(item, "title"));
+    found.year = year(releaseDate(item));
+    found.overview = text(at(item, "description"));
+    found.poster = AppleTVPictures::listPicture(at(item, "images"));
+    return found;
 }
 
 ExtMovie foundMovie(const json& item) {
-    ExtMovie movie;
-    movie.source = SourceID::appleTV;
-    movie.id = text(at(item, "id"));
-    movie.title = text(at(item, "title"));
-    movie.year = year(releaseDate(item));
-    movie.overview = text(at(item, "description"));
-    movie.poster = AppleTVPictures::listPicture(at(item, "images"));
+    auto movie = foundOne<ExtMovie>(item);
     // All that there is when the film's own record can't be had.
     AppleTVPictures::Pictures pictures = AppleTVPictures::pictures(at(item, "images"));
     movie.wide = std::move(pictures.wide);
@@ -112,7 +108,7 @@ SearchResult parseSearch(const json& answer) {
     for (const json* shelf : items(at(at(at(answer, "data"), "canvas"), "shelves"))) {
         for (const json* item : items(at(*shelf, "items"))) {
             const std::string type = text(at(*item, "type"));
-            if (type == "Show") add(result.shows, seen, foundShow(*item));
+            if (type == "Show") add(result.shows, seen, foundOne<ExtShow>(*item));
             if (type == "Movie") add(result.movies, seen, foundMovie(*item));
         }
     }
