@@ -5,6 +5,8 @@
 namespace marlet::VirtualMap {
 
 std::vector<Entry> parse(std::string_view text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";  // some editors begin with it
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     std::vector<Entry> entries;
     for (std::string& line : Text::words(text, '\n')) {
         if (line.ends_with('\r')) line.pop_back();

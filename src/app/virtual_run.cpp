@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "app/answer_key.h"
 #include "app/headless.h"
@@ -36,15 +37,22 @@ std::vector<std::pair<std::string, int>> ranked(const Counts& counts) {
     return labels;
 }
 
-/// The files in the order of the map. A name that stands there twice has two results, alike.
+/// The files in the order of the map. A name that stands there twice has two results, alike; one
+/// that has none was left to the person.
 std::vector<ResolvedFile> inOrder(const std::vector<Entry>& map,
                                   std::vector<ResolvedFile> resolved) {
-    std::vector<ResolvedFile> ordered;
-    for (const Entry& entry : map) {
-        const auto found = std::ranges::find_if(
-            resolved, [&](const ResolvedFile& file) { return file.file.url == entry.fake; });
-        ordered.push_back(std::move(*found));
-        resolved.erase(found);
+    std::multimap<fs::path, ResolvedFile*> byName;
+    for (ResolvedFile& file : resolved) byName.emplace(file.file.url, &file);
+    std::vector<ResolvedFile> ordered(map.size());
+    for (std::size_t i = 0; i < map.size(); i++) {
+        const fs::path name = map[i].fake;
+        const auto found = byName.lower_bound(name);
+        if (found == byName.end() || found->first != name) {
+            ordered[i].file.url = name;
+            continue;
+        }
+        ordered[i] = std::move(*found->second);
+        byName.erase(found);
     }
     return ordered;
 }

@@ -20,6 +20,13 @@ TEST(VirtualMap, ALineThatStartsWithAHashAndALineWithOneFieldAreSkipped) {
     EXPECT_EQ(VirtualMap::parse("a#\t#b"), (Entries{{"a#", "#b"}}));
 }
 
+TEST(VirtualMap, AByteOrderMarkHidesNeitherAHashNorAName) {
+    EXPECT_TRUE(VirtualMap::parse("\xEF\xBB\xBF# fake\treal\n").empty());
+    EXPECT_EQ(VirtualMap::parse("\xEF\xBB\xBF"
+                                "a\tb"),
+              (Entries{{"a", "b"}}));
+}
+
 TEST(VirtualMap, AThirdFieldOfOneExpectsToBeAskedAndAnyOtherDoesNot) {
     EXPECT_TRUE(VirtualMap::parse("a\tb\t1")[0].expectAsk);
     EXPECT_TRUE(VirtualMap::parse("a\tb\t1\tmore")[0].expectAsk);
@@ -82,6 +89,22 @@ TEST(VirtualText, CountsReadingsGuardsModelsAndOutcomesHighestFirstAndTiesByName
               "ASKED_NO_MATCH\tfake.mkv\ttruth: Alien (1979)\tgot: -\t[ai] Alien (1978)\twhy\n"
               "WRONG_CERTAIN(should ask)\tfake.mkv\ttruth: x (0)\tgot: -\t[rules] -\t\n"
               "ASKED_CORRECTLY\tfake.mkv\ttruth: y (0)\tgot: -\t[rules] -\twhy");
+}
+
+TEST(VirtualText, ANameWithoutAResultWasLeftToThePersonAndTakesNobodyElses) {
+    ResolvedFile known = guessed(Guess{.title = "Alien", .year = 1979});
+    known.file.url = "b.mkv";
+    const std::string text = Headless::virtualText({{"a.mkv", "Aliens (1986).m4v"},
+                                                    {"b.mkv", "Alien (1979).m4v"},
+                                                    {"c.mkv", "Alien (1979).m4v", true},
+                                                    {"b.mkv", "Alien (1979).m4v"}},
+                                                   {known});
+    EXPECT_THAT(
+        text, testing::EndsWith(
+                  "\nASKED_NO_MATCH\ta.mkv\ttruth: Aliens (1986)\tgot: -\t[rules] -\t\n"
+                  "ASKED_NO_MATCH\tb.mkv\ttruth: Alien (1979)\tgot: -\t[rules] Alien (1979)\twhy\n"
+                  "ASKED_CORRECTLY\tc.mkv\ttruth: Alien (1979)\tgot: -\t[rules] -\t\n"
+                  "ASKED_NO_MATCH\tb.mkv\ttruth: Alien (1979)\tgot: -\t[rules] -\t"));
 }
 
 class VirtualRun : public ModelTest {
