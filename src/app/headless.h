@@ -61,6 +61,8 @@ struct Options {
 /// An option's value stands behind its first "=", or is the next argument unless that starts
 /// with "-". An option that lacks its value is ignored, and so are unknown options.
 Options parse(const std::vector<std::string>& arguments);
+/// Every option that it knows.
+std::vector<std::string> optionNames();
 /// The value of the first argument of that name: behind "=", or the next argument whatever it is.
 std::optional<std::string> value(const std::string& option,
                                  const std::vector<std::string>& arguments);

@@ -91,6 +91,12 @@ Options parse(const std::vector<std::string>& arguments) {
     return options;
 }
 
+std::vector<std::string> optionNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, target] : targets()) names.push_back(name);
+    return names;
+}
+
 std::optional<Drop> parseDrop(const std::string& value) {
     const std::size_t colon = value.rfind(':');
     if (colon == std::string::npos || colon == 0) return std::nullopt;

@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
 #include "app/build_info.h"
+#include "app/headless.h"
 #include "app/updater.h"
 #include "foundation/run_mode.h"
 #include "foundation/text.h"
@@ -22,6 +24,27 @@ TEST(Usage, HelpShowsEveryOptionInLinesOfAtMostEightyCharacters) {
     const std::string help = Usage::help();
     for (const Usage::Line& line : Usage::lines()) EXPECT_THAT(help, HasSubstr(line.option));
     for (const std::string& line : Text::split(help, '\n')) EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST(Usage, HelpLeavesNoOptionOut) {
+    const auto names = Headless::optionNames();
+    EXPECT_THAT(names, testing::SizeIs(testing::Ge(28u)));
+    for (const std::string& name : names) {
+        const auto isOfIt = [&](const Usage::Line& line) { return line.option == name; };
+        EXPECT_EQ(std::ranges::count_if(Usage::lines(), isOfIt), 1) << name;
+    }
+}
+
+TEST(Usage, TheManualAndTheReadmeTellEverySettingThatAPersonMayWrite) {
+    const std::string manual = textOf(readFile(sourceTree() / "docs" / "man" / "marlet.1"));
+    const std::string readme = textOf(readFile(sourceTree() / "README.md"));
+    for (const std::string key :
+         {"appearance", "artworkStyle", "keepLanguages", "outputFolder", "outputSameFolder",
+          "fixForAppleTV", "allowLibraryWrites", "sourceOrder", "sourceOn.appleTV", "localModel",
+          "localModelName"}) {
+        EXPECT_THAT(manual, HasSubstr("\n.B " + key + "\n"));
+        EXPECT_THAT(readme, HasSubstr("\n| `" + key + "` | "));
+    }
 }
 
 TEST(Usage, TheManualAndTheReadmeTellEveryOption) {
