@@ -1,11 +1,12 @@
 #include "app/quit_gate.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
-#include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <future>
 #include <thread>
 
 #include "foundation/run_control.h"
@@ -16,24 +17,37 @@ namespace {
 
 using namespace std::chrono_literals;
 
+void askByItself(QuitGate& gate) {
+    gate.requestQuit();
+}
+
+void askBySignal(QuitGate&) {
+    std::raise(SIGTERM);
+    // The handler has left its byte by now, which the gate reads here.
+    QCoreApplication::processEvents();
+}
+
 /// Runs in a process of its own, which the gate ends.
-void quitWhileAFileIsChanged() {
+void quitWhileAFileIsChanged(void (*ask)(QuitGate&)) {
     qtApp();
     QuitGate gate;
-    std::atomic<bool> entered = false;
+    std::promise<void> entered;
+    std::promise<void> refused;
     std::thread job([&] {
         RunControl control;
         {
             const CriticalSection changing(control);
-            entered = true;
-            std::this_thread::sleep_for(300ms);
+            entered.set_value();
+            refused.get_future().wait();
             std::fputs("the file is complete", stderr);
         }
-        std::this_thread::sleep_for(1h);
+        while (true) pause();
     });
     job.detach();
-    while (!entered) std::this_thread::yield();
-    std::raise(SIGTERM);
+    entered.get_future().wait();
+    ask(gate);
+    std::fputs("later, ", stderr);
+    refused.set_value();
     QCoreApplication::exec();
 }
 
@@ -47,7 +61,9 @@ void quitWithAJobOutsideItsCriticalSection() {
 
 TEST(QuitGateDeathTest, QuittingDuringACriticalSectionWaitsAndThenTheProgramEndsByItself) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    EXPECT_EXIT(quitWhileAFileIsChanged(), testing::ExitedWithCode(0), "the file is complete");
+    for (const auto ask : {askByItself, askBySignal})
+        EXPECT_EXIT(quitWhileAFileIsChanged(ask), testing::ExitedWithCode(0),
+                    "^later, the file is complete$");
 }
 
 void closeTheTerminal() {
