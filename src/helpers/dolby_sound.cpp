@@ -4,9 +4,9 @@
 #include <array>
 #include <vector>
 
-#include "helpers/bit_reader.h"
 #include "helpers/boxes.h"
 #include "helpers/sample_entries.h"
+#include "mp4/bit_reader.h"
 
 namespace marlet::DolbySound {
 

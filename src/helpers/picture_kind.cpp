@@ -1,6 +1,6 @@
 #include "helpers/picture_kind.h"
 
-#include "helpers/bit_reader.h"
+#include "mp4/bit_reader.h"
 
 namespace marlet::PictureKind {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "foundation/errors.h"
-#include "helpers/bit_reader.h"
 #include "helpers/boxes.h"
 #include "helpers/picture_boxes.h"
+#include "mp4/bit_reader.h"
 
 namespace marlet::SampleEntries {
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "mp4/bit_reader.h"
 #include "mp4/sample_entry.h"
 #include "verify/sample_descriptions.h"
 #include "write/stream_descriptor.h"
@@ -11,26 +12,6 @@
 namespace marlet {
 
 namespace {
-
-/// Reads bits, first the highest of a byte; what lies past the end is 0.
-class Bits {
-public:
-    explicit Bits(ByteView bytes) : bytes_(bytes) {}
-
-    std::uint32_t take(int count) {
-        std::uint32_t value = 0;
-        for (; count > 0; count--, at_++) {
-            const std::size_t byte = at_ / 8;
-            const int bit = byte < bytes_.size() ? bytes_[byte] >> (7 - at_ % 8) & 1 : 0;
-            value = value << 1 | static_cast<std::uint32_t>(bit);
-        }
-        return value;
-    }
-
-private:
-    ByteView bytes_;
-    std::size_t at_ = 0;
-};
 
 /// ETSI TS 102 366, 4.4.2.3: full-range channels by `acmod`, and the low-frequency one.
 int dolbyChannels(std::uint32_t acmod, std::uint32_t lfe) {
@@ -40,23 +21,23 @@ int dolbyChannels(std::uint32_t acmod, std::uint32_t lfe) {
 
 /// AC3SpecificBox (ETSI TS 102 366, F.4).
 int ac3Channels(ByteView payload) {
-    Bits bits(payload);
-    bits.take(2 + 5 + 3);  // fscod, bsid, bsmod
-    const std::uint32_t acmod = bits.take(3);
-    return dolbyChannels(acmod, bits.take(1));
+    BitReader bits(payload);
+    bits.skip(2 + 5 + 3);  // fscod, bsid, bsmod
+    const std::uint32_t acmod = bits.bits(3);
+    return dolbyChannels(acmod, bits.bits(1));
 }
 
 /// EC3SpecificBox (ETSI TS 102 366, F.6), its first independent substream.
 int eac3Channels(ByteView payload) {
-    Bits bits(payload);
-    bits.take(13 + 3);             // data_rate, num_ind_sub
-    bits.take(2 + 5 + 1 + 1 + 3);  // fscod, bsid, reserved, asvc, bsmod
-    const std::uint32_t acmod = bits.take(3);
-    const std::uint32_t lfe = bits.take(1);
-    bits.take(3);
-    const std::uint32_t dependent = bits.take(4);
+    BitReader bits(payload);
+    bits.skip(13 + 3);             // data_rate, num_ind_sub
+    bits.skip(2 + 5 + 1 + 1 + 3);  // fscod, bsid, reserved, asvc, bsmod
+    const std::uint32_t acmod = bits.bits(3);
+    const std::uint32_t lfe = bits.bits(1);
+    bits.skip(3);
+    const std::uint32_t dependent = bits.bits(4);
     // A substream that adds places to 5.1 makes 7.1: no other use of it is found in films.
-    const int more = dependent > 0 && bits.take(9) != 0 ? 2 : 0;
+    const int more = dependent > 0 && bits.bits(9) != 0 ? 2 : 0;
     return dolbyChannels(acmod, lfe) + more;
 }
 
@@ -66,11 +47,11 @@ int aacChannels(ByteView config) {
     constexpr std::uint32_t rateEscape = 15;
     constexpr std::array channels = {0, 1, 2, 3, 4, 5, 6, 8, 0, 0, 0, 7, 8, 24, 8, 0};
     constexpr std::uint32_t parametricStereo = 29;
-    Bits bits(config);
-    const std::uint32_t type = bits.take(5);
-    if (type == typeEscape) bits.take(6);
-    if (bits.take(4) == rateEscape) bits.take(24);
-    const int count = channels[bits.take(4)];
+    BitReader bits(config);
+    const std::uint32_t type = bits.bits(5);
+    if (type == typeEscape) bits.skip(6);
+    if (bits.bits(4) == rateEscape) bits.skip(24);
+    const int count = channels[bits.bits(4)];
     return type == parametricStereo ? std::max(count, 2) : count;
 }
 
