@@ -1,8 +1,6 @@
 // Any bytes as a source of a new film: refused with a sentence, or a film whose index holds true.
 // The first byte tells the kind of the source, whether it gives the chapters, too, and whether its
 // tracks are copied as they are.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,6 +11,7 @@
 #include "foundation/errors.h"
 #include "helpers/build_movie.h"
 #include "helpers/relayout.h"
+#include "memory_folder.h"
 #include "mp4/box.h"
 #include "mp4/summary.h"
 
@@ -23,26 +22,6 @@ namespace fs = std::filesystem;
 
 void check(bool holds) {
     if (!holds) std::abort();
-}
-
-/// Memory for a few small files, gone at the end.
-class Folder {
-public:
-    Folder() { fs::create_directories(path_); }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_ = (fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) /
-                     ("marlet-fuzz-build-" + std::to_string(::getpid()));
-};
-
-const fs::path& folder() {
-    static const Folder made;
-    return made.path();
 }
 
 void write(const fs::path& file, const std::uint8_t* data, std::size_t size) {
@@ -60,16 +39,17 @@ void judge(const fs::path& film) {
             for (std::uint32_t i = 0; i < chunk.count; i++) end += track.sizes[chunk.first + i];
             check(end <= size);
         }
-    Relayout::run({.input = film, .output = folder() / "again.mp4"});
+    Relayout::run({.input = film, .output = MemoryFolder::path() / "again.mp4"});
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    const fs::path source = folder() / ((data[0] & 1) != 0 ? "s.srt" : "source.mkv");
+    const fs::path source = MemoryFolder::path() / ((data[0] & 1) != 0 ? "s.srt" : "source.mkv");
     write(source, data + 1, size - 1);
-    BuildMovie::Request request{.scratch = folder(), .output = folder() / "out.mp4"};
+    BuildMovie::Request request{.scratch = MemoryFolder::path(),
+                                .output = MemoryFolder::path() / "out.mp4"};
     if ((data[0] & 1) != 0) request.tracks = {{.file = source, .textFlags = 0x40000000}};
     if ((data[0] & 1) == 0)
         request.tracks = {{.file = source, .track = 1, .name = "Video"},

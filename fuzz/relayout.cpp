@@ -1,7 +1,5 @@
 // Any bytes as a film: refused with a sentence, or laid out so that every sample of every track
 // that stays is what it was. The first byte chooses the slice and whether track 1 goes.
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,6 +11,7 @@
 
 #include "foundation/errors.h"
 #include "helpers/relayout.h"
+#include "memory_folder.h"
 #include "mp4/box.h"
 #include "mp4/summary.h"
 
@@ -23,26 +22,6 @@ namespace fs = std::filesystem;
 
 void check(bool holds) {
     if (!holds) std::abort();
-}
-
-/// Memory for two small files, gone at the end.
-class Folder {
-public:
-    Folder() { fs::create_directories(path_); }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_ = (fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()) /
-                     ("marlet-fuzz-relayout-" + std::to_string(::getpid()));
-};
-
-const fs::path& folder() {
-    static const Folder made;
-    return made.path();
 }
 
 Bytes contentOf(const fs::path& file) {
@@ -102,8 +81,8 @@ void compareFiles(const Relayout::Request& request) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
     constexpr std::uint32_t slices[] = {500, 1, 100, 60'000};
-    Relayout::Request request{.input = folder() / "in.mp4",
-                              .output = folder() / "out.mp4",
+    Relayout::Request request{.input = MemoryFolder::path() / "in.mp4",
+                              .output = MemoryFolder::path() / "out.mp4",
                               .sliceMilliseconds = slices[data[0] & 3],
                               .padding = std::uint32_t{data[0]} >> 3};
     if ((data[0] & 4) != 0) request.removedTracks = {1};
@@ -120,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // A new layout of the result is the result, but for what removing has already done.
     const Bytes once = contentOf(request.output);
     request.input = request.output;
-    request.output = folder() / "again.mp4";
+    request.output = MemoryFolder::path() / "again.mp4";
     request.removedTracks.clear();
     Relayout::run(request);
     check(contentOf(request.output) == once);
