@@ -1,28 +1,20 @@
 # shellcheck shell=bash disable=SC2154
 # A Matroska film becomes an M4V, all sound copied, with every proof on the way: to FFmpeg's copying
 # of the packets, and hashing source and result once.
+. bench/parts/clip.sh
 
 convert_request() { printf '{"mode": "convert", "file": "%s", "outputDir": "%s"}' "$1" "$2"; }
 
 matroska_film() {
-    local clip=$work/clip.mkv loops
     say "Making a Matroska film of $gib GiB"
-    ffmpeg -y -v error -nostdin -f lavfi -i testsrc2=size=1920x1080:rate=25:duration=20 \
-        -f lavfi -i sine=sample_rate=48000:duration=20 -c:v libx264 -preset ultrafast -qp 8 \
-        -pix_fmt yuv420p -c:a ac3 -b:a 192k "$clip"
-    loops=$(calc "$gib * 1073741824 / $(stat -c %s "$clip")" '%d')
-    ffmpeg -y -v error -nostdin -stream_loop "$loops" -i "$clip" -c copy "$1"
-    rm -f "$clip"
+    clip "$work/clip.mkv" 1920x1080 ac3 -qp 8
+    loop "$work/clip.mkv" "$1"
 }
 
 # A picture every 40 ms and a frame of sound every 32: as many as in more than two hours of film.
 long_film() {
-    local clip=$work/clip.mkv
-    ffmpeg -y -v error -nostdin -f lavfi -i testsrc2=size=64x36:rate=25:duration=20 \
-        -f lavfi -i sine=sample_rate=48000:duration=20 -c:v libx264 -preset ultrafast \
-        -pix_fmt yuv420p -c:a ac3 -b:a 192k "$clip"
-    ffmpeg -y -v error -nostdin -stream_loop 399 -i "$clip" -c copy "$1"
-    rm -f "$clip"
+    clip "$work/clip.mkv" 64x36 ac3
+    loop "$work/clip.mkv" "$1" 399
 }
 
 measure_convert() {

@@ -1,18 +1,16 @@
 # shellcheck shell=bash disable=SC2154
 # Laying out anew a film whose sound lies behind its picture, from a cold cache, to FFmpeg's copying
-# of all packets, which writes the tracks side by side too. Real packets, repeated: FFmpeg reads them.
+# of all packets, which writes the tracks side by side too.
+. bench/parts/clip.sh
 
 apart_film() {
     apart=$work/apart.mp4
-    local clip=$work/clip.mp4 film=$work/looped.mp4 loops
+    local film=$work/looped.mp4
     say "Making a film of $gib GiB whose sound lies behind its picture"
-    ffmpeg -y -v error -nostdin -f lavfi -i testsrc2=size=1920x1080:rate=25:duration=20 \
-        -f lavfi -i sine=sample_rate=48000:duration=20 -c:v libx264 -preset ultrafast -qp 8 \
-        -pix_fmt yuv420p -c:a aac -b:a 192k "$clip"
-    loops=$(calc "$gib * 1073741824 / $(stat -c %s "$clip")" '%d')
-    ffmpeg -y -v error -nostdin -stream_loop "$loops" -i "$clip" -c copy "$film"
+    clip "$work/clip.mp4" 1920x1080 aac -qp 8
+    loop "$work/clip.mp4" "$film"
     "$programs/store_apart" "$film" "$apart"
-    rm -f "$clip" "$film"
+    rm -f "$film"
 }
 
 measure_rebuild() {
