@@ -277,13 +277,8 @@ std::size_t readFull(int fd, std::span<std::uint8_t> buffer, std::uint64_t at) {
 }
 
 void copyRange(int from, std::uint64_t at, std::uint64_t count, int to, std::uint64_t toAt) {
-    while (count > 0) {
-        const ssize_t moved = Sys::copyFileRange(from, at, to, toAt, count);
-        if (moved <= 0) break;
-        at += static_cast<std::uint64_t>(moved);
-        toAt += static_cast<std::uint64_t>(moved);
-        count -= static_cast<std::uint64_t>(moved);
-    }
+    // Not by copy_file_range: a range that doesn't lie on blocks is never shared, and the kernel
+    // takes three times as long to pass it on page by page.
     constexpr std::uint64_t pieceSize = std::uint64_t{1} << 20U;
     Bytes piece(static_cast<std::size_t>(std::min(count, pieceSize)));
     while (count > 0) {
@@ -291,6 +286,7 @@ void copyRange(int from, std::uint64_t at, std::uint64_t count, int to, std::uin
         if (readFull(from, std::span(piece).first(wanted), at) < wanted)
             failWith("read failed", EIO);
         writeAll(to, ByteView(piece).first(wanted), toAt);
+        Sys::startFlush(to, toAt, wanted);
         at += wanted;
         toAt += wanted;
         count -= wanted;

@@ -65,8 +65,8 @@ void writeAll(int fd, ByteView bytes, std::uint64_t at);
 /// Fills as much of the buffer as the file has from the offset on; "read failed" otherwise.
 std::size_t readFull(int fd, std::span<std::uint8_t> buffer, std::uint64_t at);
 
-/// Copies a range from one open file into another, by the kernel where it can. "read failed" when
-/// the range isn't all there.
+/// Copies a range from one open file into another, at once on its way to the disk. "read failed"
+/// when the range isn't all there.
 void copyRange(int from, std::uint64_t at, std::uint64_t count, int to, std::uint64_t toAt);
 
 /// The file's bytes, for small files; nothing when it can't be read or is larger than `limit`.

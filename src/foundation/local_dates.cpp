@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <ctime>
+#include <map>
+#include <memory>
 
 #include "foundation/dates.h"
 #include "foundation/icu_text.h"
@@ -49,19 +51,35 @@ std::optional<std::time_t> midnight(const std::tm& day, int summerTime) {
 
 }  // namespace
 
+namespace {
+
+/// Making one takes a hundred times as long as printing a date by it; null for a bad pattern.
+icu::SimpleDateFormat* formatOf(const std::string& pattern) {
+    thread_local std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>> known;
+    auto& format = known[pattern];
+    if (!format) {
+        UErrorCode status = U_ZERO_ERROR;
+        format = std::make_unique<icu::SimpleDateFormat>(IcuText::utf16(pattern),
+                                                         icu::Locale::getEnglish(), status);
+        if (U_FAILURE(status)) format.reset();
+    }
+    return format.get();
+}
+
+}  // namespace
+
 std::string local(Moment moment, const std::string& pattern) {
     // The offset comes from the C library, as for startOfLocalDay, so that a moment is always
     // printed within the day that it is counted to.
     tzset();
     const std::tm parts = localTime(secondsOf(moment));
-    UErrorCode status = U_ZERO_ERROR;
-    icu::SimpleDateFormat format(IcuText::utf16(pattern), icu::Locale::getEnglish(), status);
-    if (U_FAILURE(status)) return {};
+    icu::SimpleDateFormat* const format = formatOf(pattern);
+    if (format == nullptr) return {};
     constexpr int millisecondsPerSecond = 1000;
-    format.adoptTimeZone(new icu::SimpleTimeZone(
+    format->adoptTimeZone(new icu::SimpleTimeZone(
         static_cast<std::int32_t>(parts.tm_gmtoff * millisecondsPerSecond), "local"));
     icu::UnicodeString out;
-    format.format(static_cast<UDate>(secondsOf(moment)) * millisecondsPerSecond, out);
+    format->format(static_cast<UDate>(secondsOf(moment)) * millisecondsPerSecond, out);
     return IcuText::utf8(out);
 }
 
