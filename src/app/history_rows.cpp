@@ -128,10 +128,25 @@ std::string doneLine(const HistoryEntry& first) {
     return "Tagged · " + summary;
 }
 
+/// What the labels of all days are told against, looked up once.
+struct Now {
+    Moment today = Dates::startOfLocalDay(Dates::now());
+    Moment yesterday = Dates::startOfLocalDay(today - std::chrono::hours(12));
+    std::string year = Dates::local(today, "yyyy");
+};
+
+std::string labelOf(Moment day, const Now& now) {
+    if (day == now.today) return "Today";
+    if (day == now.yesterday) return "Yesterday";
+    const bool thisYear = Dates::local(day, "yyyy") == now.year;
+    return Dates::local(day, thisYear ? "EEEE, MMMM d" : "EEEE, MMMM d, yyyy");
+}
+
 }  // namespace
 
 std::vector<HistoryDay> build(const HistoryList& entries, int filter, const std::string& query) {
     const std::string wanted = Text::lower(Text::trim(query));
+    const Now now;
     std::vector<HistoryDay> days;
     for (const Day& each : daysOf(entries)) {
         HistoryDay day{each.start, {}, {}};
@@ -140,7 +155,7 @@ std::vector<HistoryDay> build(const HistoryList& entries, int filter, const std:
             if (kept(made, filter) && holds(made, wanted)) day.rows.push_back(std::move(made));
         }
         if (day.rows.empty()) continue;
-        day.label = dayLabel(each.start);
+        day.label = labelOf(each.start, now);
         days.push_back(std::move(day));
     }
     return days;
@@ -162,12 +177,7 @@ HistoryRow row(HistoryList entries) {
 }
 
 std::string dayLabel(Moment date) {
-    const Moment day = Dates::startOfLocalDay(date);
-    const Moment today = Dates::startOfLocalDay(Dates::now());
-    if (day == today) return "Today";
-    if (day == Dates::startOfLocalDay(today - std::chrono::hours(12))) return "Yesterday";
-    const bool thisYear = Dates::local(date, "yyyy") == Dates::local(Dates::now(), "yyyy");
-    return Dates::local(date, thisYear ? "EEEE, MMMM d" : "EEEE, MMMM d, yyyy");
+    return labelOf(Dates::startOfLocalDay(date), {});
 }
 
 }  // namespace HistoryRows

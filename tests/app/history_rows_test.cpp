@@ -195,5 +195,100 @@ TEST_F(HistoryRowsTest, AFilmShowsItsYearAndTheLatestDateIsTheRowsTime) {
     EXPECT_EQ(HistoryRows::row({first}).sub, "Season 2 · 1 episode");
 }
 
+TEST_F(HistoryRowsTest, EpisodesJoinTheirRowHoweverTheyAreMixedWithOthers) {
+    std::vector<HistoryEntry> entries;
+    for (int n = 1; n <= 3; n++) {
+        entries.push_back(episode(n, "run 1"));
+        entries.push_back(film("Film " + std::to_string(n)));
+        entries.push_back(episode(n, "run 2"));
+    }
+    const auto all = rows(entries);
+    ASSERT_EQ(all.size(), 5u);
+    EXPECT_EQ(all[0].entries.size(), 3u);
+    EXPECT_EQ(all[1].title, "Film 1");
+    EXPECT_EQ(all[2].entries.size(), 3u);
+    EXPECT_EQ(all[4].title, "Film 3");
+}
+
+TEST_F(HistoryRowsTest, EpisodesOfAnotherSeasonOrOfNoneMakeRowsOfTheirOwn) {
+    HistoryEntry second = episode(2, "run 1");
+    HistoryEntry third = episode(3, "run 1");
+    HistoryEntry fourth = episode(4, "run 1");
+    second.season = 3;
+    third.season.reset();
+    fourth.season.reset();
+    const auto all = rows({episode(1, "run 1"), second, third, fourth});
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[2].sub, "2 episodes");
+    EXPECT_EQ(detail(all[2], "Episodes"), "E03 Episode 3, E04 Episode 4");
+}
+
+TEST_F(HistoryRowsTest, ADayThatComesAgainLaterInTheListIsOneDay) {
+    HistoryEntry old = film("Old");
+    old.date = Moment(std::chrono::seconds(946'728'000));
+    const auto days = HistoryRows::build({film("New"), old, film("Newer")}, 0, "");
+    ASSERT_EQ(days.size(), 2u);
+    EXPECT_EQ(days[0].rows.size(), 2u);
+}
+
+TEST_F(HistoryRowsTest, TheLastSecondOfADayAndTheFirstOfTheNextAreNotTheSameDay) {
+    HistoryEntry early = film("Early");
+    early.date = Dates::startOfLocalDay(Moment(std::chrono::seconds(946'728'000)));
+    HistoryEntry late = film("Late");
+    late.date = early.date - std::chrono::seconds(1);
+    EXPECT_EQ(HistoryRows::build({early, late}, 0, "").size(), 2u);
+    EXPECT_EQ(HistoryRows::build({late, early}, 0, "").size(), 2u);
+}
+
+TEST_F(HistoryRowsTest, ADateOfThisYearIsLabelledWithoutTheYear) {
+    const std::string year = Dates::local(Dates::now(), "yyyy");
+    for (const char* day : {"-03-15", "-06-15", "-09-15"}) {
+        const auto date = Dates::parseIso8601(year + day + "T12:00:00Z");
+        ASSERT_TRUE(date);
+        // "Today" or "Yesterday".
+        const auto ago = Dates::now() - *date;
+        if (ago > -std::chrono::days(1) && ago < std::chrono::days(3)) continue;
+        EXPECT_EQ(HistoryRows::dayLabel(*date), Dates::local(*date, "EEEE, MMMM d"));
+    }
+}
+
+TEST_F(HistoryRowsTest, AnUnfinishedConversionTellsOfThePictureButNotWhereItWasSaved) {
+    HistoryEntry entry = film("Film", "failed");
+    entry.how = "New .m4v";
+    const HistoryRow row = HistoryRows::row({entry});
+    EXPECT_EQ(detail(row, "Picture"), "Copied exactly, not re-encoded");
+    EXPECT_EQ(detail(row, "Saved to"), "(none)");
+}
+
+TEST_F(HistoryRowsTest, ACancelledEntrySaysSo) {
+    HistoryEntry entry = film("Film", "cancelled");
+    entry.message = "cancelled";
+    const HistoryRow row = HistoryRows::row({entry});
+    EXPECT_EQ(row.status, "Cancelled");
+    EXPECT_EQ(row.line, "Cancelled: cancelled. Nothing was changed.");
+}
+
+TEST_F(HistoryRowsTest, TheDetailsOfAFailedRowComeInTheirOrder) {
+    auto entries = season("run 1");
+    entries[1].result = "failed";
+    entries[1].message = "not enough free space";
+    entries[0].after = 1;
+    entries[0].changes = {"title: a → b"};
+    RestorePoints::saveIfMissing(entries[5].path, {}, 1);
+    std::vector<std::string> labels;
+    const HistoryRow row = rows(entries).at(0);
+    for (const auto& [label, text] : row.details()) labels.push_back(label);
+    EXPECT_EQ(labels, (std::vector<std::string>{"Episodes", "File", "What happened", "What to do",
+                                                "Technical", "Changed", "Apple TV layout",
+                                                "Original details"}));
+}
+
+TEST_F(HistoryRowsTest, ARestorePointOfARestoredFileIsNotOffered) {
+    HistoryEntry entry = film("Film");
+    entry.isRestore = true;
+    RestorePoints::saveIfMissing(entry.path, {}, 1);
+    EXPECT_EQ(detail(HistoryRows::row({entry}), "Original details"), "(none)");
+}
+
 }  // namespace
 }  // namespace marlet::test

@@ -211,5 +211,38 @@ TEST_F(History, APosterIsNamedByItsKeyWithoutSlashes) {
               (Paths::historyPostersDir() / "_b.png.jpg").string());
 }
 
+TEST_F(History, AJpgAnywhereInAPostersKeyGoesAndOneIsAppended) {
+    EXPECT_EQ(HistoryPosters::pathFor("/a.jpg.b.jpg"),
+              (HistoryPosters::dir() / "_a.b.jpg").string());
+}
+
+TEST_F(History, APosterThatCannotBeSavedGivesNone) {
+    EXPECT_EQ(HistoryPosters::save(viewOf("x"), std::string(300, 'k')), std::nullopt);
+    const Sys::Fault full(Sys::Call::Write, ENOSPC, 1, true);
+    EXPECT_EQ(HistoryPosters::save(viewOf("x"), "/x.jpg"), std::nullopt);
+}
+
+TEST_F(History, AnOldLinkAmongThePostersDoesNotTakeItsTargetAlong) {
+    ASSERT_TRUE(HistoryPosters::save(viewOf("x"), "/x.jpg"));
+    const fs::path film = home_.path() / "film.mp4";
+    test::writeFile(film, viewOf("film"));
+    ASSERT_EQ(Sys::setModified(film, FileTime(std::chrono::hours(1))), 0);
+    fs::create_symlink(film, HistoryPosters::dir() / "link.jpg");
+    HistoryPosters::prune();
+    EXPECT_TRUE(fs::exists(film));
+    EXPECT_TRUE(fs::is_symlink(HistoryPosters::dir() / "link.jpg"));
+}
+
+TEST_F(History, PruningWithoutAFolderDoesNothing) {
+    HistoryPosters::prune();
+    EXPECT_FALSE(fs::exists(HistoryPosters::dir()));
+}
+
+TEST_F(History, CellsOfTheCsvStayAsTheyAre) {
+    HistoryStore store;
+    store.append(entry("=1+1, two\nlines"));
+    EXPECT_TRUE(Text::contains(store.csv(), ",\"=1+1, two\nlines\",\"\",,,done,,,"));
+}
+
 }  // namespace
 }  // namespace marlet::test
