@@ -53,6 +53,18 @@ private:
     FileHandle folder_;
 };
 
+/// The blocks of a replaced file are given back when it is closed, which for a long one takes half
+/// as long as writing the new one: nobody has to wait for that.
+void closeApart(FileHandle old, std::uint64_t size) {
+    constexpr std::uint64_t longFile = std::uint64_t{4} << 20U;
+    if (!old.isOpen() || size < longFile) return;
+    try {
+        std::thread([handle = std::move(old)]() mutable { handle.close(); }).detach();
+    } catch (const std::exception&) {
+        // Closed here then.
+    }
+}
+
 void makeFolder() {
     try {
         Durable::makeFolders(Paths::documentsDir());
@@ -130,10 +142,11 @@ void HistoryStore::append(HistoryEntry entry) {
     {
         makeFolder();
         const Turn turn;
-        const FileHandle old = look();
+        FileHandle old = look();
         entries_.addInFront(std::make_shared<const HistoryEntry>(std::move(entry)));
         unsaved_++;
         save(old);
+        closeApart(std::move(old), known_ ? known_->size : 0);
     }
     if (onChanged) onChanged();
 }
