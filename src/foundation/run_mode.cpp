@@ -37,7 +37,9 @@ const std::vector<std::string>& arguments() {
 bool hasArgument(const std::string& name) {
     State& current = state();
     const std::lock_guard guard(current.lock);
-    return std::ranges::find(current.arguments, name) != current.arguments.end();
+    return std::ranges::any_of(current.arguments, [&](const std::string& argument) {
+        return std::string_view(argument).substr(0, argument.find('=')) == name;
+    });
 }
 
 bool automated() {

@@ -11,6 +11,7 @@ namespace RunMode {
 /// Called once at the start of main with the arguments behind the program's name.
 void setArguments(std::vector<std::string> arguments);
 const std::vector<std::string>& arguments();
+/// Whether an option of that name was given, whatever its value: the name ends at the first "=".
 bool hasArgument(const std::string& name);
 
 /// True when MARLET_NO_KEYCHAIN is "1" or any argument starts with "--".

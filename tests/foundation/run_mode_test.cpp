@@ -41,4 +41,12 @@ TEST(RunMode, ArgumentsAreFoundByTheirWholeName) {
     EXPECT_EQ(RunMode::arguments().size(), 2U);
 }
 
+TEST(RunMode, TheNameOfAnOptionEndsAtItsFirstEqualsSign) {
+    RunMode::setArguments({"--apple-tv=no", "--sources=--tag=x"});
+    EXPECT_TRUE(RunMode::hasArgument("--apple-tv"));
+    EXPECT_TRUE(RunMode::hasArgument("--sources"));
+    EXPECT_FALSE(RunMode::hasArgument("--tag"));
+    EXPECT_FALSE(RunMode::hasArgument("--apple"));
+}
+
 }  // namespace marlet

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -183,8 +184,14 @@ TEST_F(WorkAreaTest, AClaimLeavesNothingBesideItsLockFile) {
     WorkArea::release(folder, WorkArea::claim(folder));
     WorkArea::release(folder, WorkArea::claim(folder));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
-    EXPECT_EQ(fs::status(folder / ".lock").permissions() & fs::perms::owner_all,
-              static_cast<fs::perms>(0600));
+}
+
+TEST_F(WorkAreaTest, ALockFileIsForItsOwnerToWriteAndForEverybodyToRead) {
+    const fs::path folder = makeFolder();
+    const mode_t mask = ::umask(0);  // nothing is taken off what the claim asks for
+    WorkArea::release(folder, WorkArea::claim(folder));
+    ::umask(mask);
+    EXPECT_EQ(fs::status(folder / ".lock").permissions(), static_cast<fs::perms>(0644));
 }
 
 TEST_F(WorkAreaTest, AClaimWithoutALockFileStillWarnsThisProcessOff) {
