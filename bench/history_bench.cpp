@@ -65,7 +65,7 @@ HistoryEntry entry(int index) {
     made.size = 4'000'000'000;
     made.batchID = "00000000-0000-4000-9000-000000000000";
     made.isRestore = false;
-    made.posterPath = "/home/somebody/.local/share/Marlet/history-posters/_" + number + ".jpg";
+    made.posterPath = "/media/films/posters/of/all/of/them/history-posters/_" + number + ".jpg";
     made.year = 1999;
     made.how = "Changed in place";
     made.summary = "details and cover art";
