@@ -199,6 +199,14 @@ void setAppleTVOn(bool on) {
     Preferences::current().setBoolean("sourceOn.appleTV", on);
 }
 
+bool notifyAtEnd() {
+    return Preferences::current().boolean("notifyAtEnd").value_or(true);
+}
+
+void setNotifyAtEnd(bool on) {
+    Preferences::current().setBoolean("notifyAtEnd", on);
+}
+
 std::string localModel() {
     return Preferences::current().text("localModel").value_or("");
 }

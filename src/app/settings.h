@@ -45,6 +45,10 @@ Appearance effectiveAppearance();
 /// stands in SourceSettings.
 bool appleTVOn();
 void setAppleTVOn(bool on);
+/// Whether the end of a long run is told by the desktop when the window isn't in front. Absent, it
+/// is.
+bool notifyAtEnd();
+void setNotifyAtEnd(bool on);
 /// The address of the model on this computer as the person typed it, "" for none, and which of its
 /// models to ask, "" for its first. LocalModel reads them.
 std::string localModel();

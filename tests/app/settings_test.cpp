@@ -45,6 +45,7 @@ TEST_F(SettingsTest, AbsentSettingsHaveTheirDefaults) {
     EXPECT_FALSE(Settings::libraryWritesExplained());
     EXPECT_EQ(Settings::appearance(), Settings::Appearance::automatic);
     EXPECT_TRUE(Settings::appleTVOn());
+    EXPECT_TRUE(Settings::notifyAtEnd());
     EXPECT_EQ(SourceSettings::order(),
               (std::vector{SourceID::appleTV, SourceID::tmdb, SourceID::itunes}));
     EXPECT_EQ(Settings::localModel(), "");

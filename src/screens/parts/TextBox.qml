@@ -8,6 +8,7 @@ Column {
     id: box
 
     property string label
+    property bool labelShown: true  // false: the words stand beside it
     property string prompt
     property string text
     property bool mark: false
@@ -22,7 +23,7 @@ Column {
     Component.onCompleted: field.text = text
 
     FieldLabel {
-        visible: box.label !== ""
+        visible: box.labelShown && box.label !== ""
         text: box.label
         mark: box.mark
         oldValue: box.oldValue
