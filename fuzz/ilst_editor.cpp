@@ -7,6 +7,7 @@
 #include "mp4/tags.h"
 #include "write/change_summary.h"
 #include "write/ilst_editor.h"
+#include "write/present_details.h"
 #include "write/tag_builder.h"
 
 namespace {
@@ -67,6 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         readItem(atom);
     }
     mergeInto(atoms);
+    PresentDetails::of(atoms);
+    TagBuilder::people(textOf(bytes));
     tagItems(bytes, {"ilst", 0, 8, static_cast<std::int64_t>(size)});
     for (const Box& block : tagBlocks(bytes)) tagItems(bytes, block);
     replaceIn(bytes);
