@@ -44,7 +44,7 @@ Column {
             placeholderTextColor: Theme.disabled
             color: enabled ? Theme.ink : Theme.disabled
             selectionColor: Theme.accent
-            selectedTextColor: Theme.onAccent
+            selectedTextColor: Theme.accentInk
             font.family: Theme.family
             font.pixelSize: Theme.body
             textFormat: TextEdit.PlainText

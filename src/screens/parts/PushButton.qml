@@ -10,7 +10,7 @@ Button {
     property bool danger: false
     property string glyph
     property string help
-    readonly property color tone: !enabled ? Theme.disabled : primary ? Theme.onAccent
+    readonly property color tone: !enabled ? Theme.disabled : primary ? Theme.accentInk
                                 : danger ? Theme.failed : Theme.ink
 
     implicitHeight: Theme.control

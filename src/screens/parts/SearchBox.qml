@@ -20,7 +20,7 @@ TextField {
     placeholderTextColor: Theme.quiet
     color: Theme.ink
     selectionColor: Theme.accent
-    selectedTextColor: Theme.onAccent
+    selectedTextColor: Theme.accentInk
     font.family: Theme.family
     font.pixelSize: Theme.body
     selectByMouse: true

@@ -16,7 +16,7 @@ QtObject {
     readonly property color quiet: dark ? "#A6ACB2" : "#5C6166"
     readonly property color disabled: dark ? "#6B7177" : "#9AA0A6"
     readonly property color accent: dark ? "#4FB7BA" : "#0B6E72"
-    readonly property color onAccent: dark ? "#10201F" : "#FFFFFF"
+    readonly property color accentInk: dark ? "#10201F" : "#FFFFFF"
     readonly property color ready: dark ? "#6CC08B" : "#2E7D4F"
     readonly property color look: dark ? "#E3B341" : "#9A6700"
     readonly property color failed: dark ? "#F2857C" : "#B3261E"

@@ -30,7 +30,7 @@ CheckBox {
             visible: tick.checked
             name: "check"
             size: parent.width - 4
-            color: Theme.onAccent
+            color: Theme.accentInk
         }
         FocusRing { shown: tick.visualFocus; radius: 6 }
     }
