@@ -152,6 +152,17 @@ void AppModel::removeItem(const std::string& id) {
     removeFromReview(files);
 }
 
+void AppModel::editDraft(const Path& file, const std::function<void(FileDraft&)>& edit) {
+    FileDraft* draft = drafts_.find(file);
+    if (draft == nullptr) return;
+    edit(*draft);
+    changed();
+}
+
+void AppModel::keepTrack(const Path& file, int index, bool keep) {
+    if (tracks_.setKeep(file, index, keep)) changed();
+}
+
 void AppModel::pickArtwork(const ArtworkOption& option, const Path& file) {
     drafts_.pickArtwork(option, file);
     changed();

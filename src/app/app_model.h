@@ -137,6 +137,8 @@ public:
     /// Loads what has a match and no draft, four at a time; ends when none of the item's files is
     /// loading any more.
     Task<> loadDrafts(LibraryItem item);
+    /// What a person changes by hand. Ignored without a draft.
+    void editDraft(const Path& file, const std::function<void(FileDraft&)>& edit);
     void pickArtwork(const ArtworkOption& option, const Path& file);
     void setShareSeason(bool on, const std::string& key, const Path& file);
 
@@ -148,6 +150,8 @@ public:
     // Tracks that may be left out of an MP4.
     TrackStore& tracks() { return tracks_; }
     const TrackStore& tracks() const { return tracks_; }
+    /// A person's tick; `index` is InPlaceTrack::index.
+    void keepTrack(const Path& file, int index, bool keep);
 
     // Queueing and restoring.
     WriteQueue& queue() { return queue_; }
