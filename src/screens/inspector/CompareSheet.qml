@@ -1,0 +1,148 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import Marlet
+
+/// What is in the file now beside what will be written, covers included.
+Sheet {
+    id: sheet
+
+    required property InspectorCompare model
+    property string fileName
+    readonly property int labelWidth: Theme.px(112)
+
+    title: qsTr("Before and After")
+    footer: PushButton {
+        objectName: "compareDone"
+        text: qsTr("Done")
+        primary: true
+        onClicked: sheet.close()
+    }
+    onOpened: list.forceActiveFocus()
+
+    ListView {
+        id: list
+
+        readonly property real column: (width - sheet.labelWidth - Theme.s3 * 2) / 2
+
+        objectName: "compareList"
+        anchors.fill: parent
+        clip: true
+        focus: true
+        spacing: 1
+        boundsBehavior: Flickable.StopAtBounds
+        model: sheet.model.fields
+        ScrollBar.vertical: ScrollBar {}
+        Accessible.role: Accessible.Table
+        Accessible.name: sheet.model.head
+        Keys.onUpPressed: flick(0, 900)
+        Keys.onDownPressed: flick(0, -900)
+
+        header: Column {
+            width: list.width
+            spacing: Theme.s3
+            bottomPadding: Theme.s3
+
+            Words {
+                width: parent.width
+                text: sheet.fileName
+                kind: Words.Quiet
+                elide: Text.ElideMiddle
+            }
+            Words {
+                objectName: "compareHead"
+                width: parent.width
+                text: sheet.model.head
+                kind: Words.Heading
+                wrapMode: Text.Wrap
+            }
+            Row {
+                spacing: Theme.s3
+                Item {
+                    width: sheet.labelWidth
+                    height: 1
+                }
+                CompareCover {
+                    objectName: "coverBefore"
+                    width: list.column
+                    heading: sheet.model.left
+                    source: sheet.model.coverBefore
+                    wide: sheet.model.wide
+                }
+                CompareCover {
+                    objectName: "coverAfter"
+                    width: list.column
+                    heading: sheet.model.right
+                    source: sheet.model.coverAfter
+                    wide: sheet.model.wide
+                    words: sheet.model.coverWords
+                }
+            }
+        }
+        delegate: Rectangle {
+            id: row
+
+            required property int index
+            required property string label
+            required property string before
+            required property string after
+            required property bool differs
+            required property string spoken
+
+            objectName: "compare" + index
+            width: list.width
+            height: Math.max(name.implicitHeight, old.implicitHeight, fresh.implicitHeight) + 2 * Theme.s2
+            radius: 6
+            color: differs ? Theme.tint(Theme.accent, 0.07) : "transparent"
+            Accessible.role: Accessible.Row
+            Accessible.name: spoken
+
+            Rectangle {
+                visible: row.differs
+                x: Theme.s2 - 2
+                y: Theme.s2 + Math.round(Theme.body * 0.5)
+                width: 6
+                height: 6
+                radius: 3
+                color: Theme.accent
+            }
+            Words {
+                id: name
+                x: Theme.s2 + 10
+                y: Theme.s2
+                width: sheet.labelWidth - x
+                text: row.label
+                kind: Words.Small
+                wrapMode: Text.Wrap
+                color: row.differs ? Theme.ink : Theme.quiet
+            }
+            Words {
+                id: old
+                x: sheet.labelWidth + Theme.s3
+                y: Theme.s2
+                width: list.column
+                text: row.before === "" ? "–" : row.before
+                kind: Words.Quiet
+                wrapMode: Text.Wrap
+                maximumLineCount: 8
+            }
+            Words {
+                id: fresh
+                x: sheet.labelWidth + list.column + 2 * Theme.s3
+                y: Theme.s2
+                width: list.column - Theme.s2
+                text: row.after === "" ? "–" : row.after
+                color: row.differs ? Theme.ink : Theme.quiet
+                wrapMode: Text.Wrap
+                maximumLineCount: 8
+            }
+        }
+        footer: Words {
+            objectName: "compareFoot"
+            width: list.width
+            topPadding: Theme.s3
+            text: sheet.model.foot
+            kind: Words.Small
+            wrapMode: Text.Wrap
+        }
+    }
+}
