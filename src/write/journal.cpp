@@ -40,9 +40,24 @@ fs::path path(const json& in, const std::string& key) {
     return in.at(key).get<std::string>();
 }
 
-std::optional<WriteJournal> decode(const Bytes& text) {
+/// A disk that doesn't answer may still hold the copy.
+bool namesNothing(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
+}
+
+}  // namespace
+
+std::string WriteJournal::encode() const {
+    json out;
+    put(out, "file", file);
+    put(out, "temp", temp);
+    out["size"] = size;
+    return out.dump();
+}
+
+std::optional<WriteJournal> WriteJournal::decode(ByteView text) {
     try {
-        const json in = json::parse(text);
+        const json in = json::parse(text.begin(), text.end());
         const json& size = in.at("size");
         if (!size.is_number_unsigned()) return std::nullopt;
         return WriteJournal{path(in, "file"), path(in, "temp"), size.get<std::uint64_t>()};
@@ -51,20 +66,9 @@ std::optional<WriteJournal> decode(const Bytes& text) {
     }
 }
 
-/// A disk that doesn't answer may still hold the copy.
-bool namesNothing(int error) {
-    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
-}
-
-}  // namespace
-
 void WriteJournal::save() const {
-    json out;
-    put(out, "file", file);
-    put(out, "temp", temp);
-    out["size"] = size;
     Durable::makeFolders(Paths::documentsDir());
-    Durable::writeFile(Paths::journalFile(), viewOf(out.dump()));
+    Durable::writeFile(Paths::journalFile(), viewOf(encode()));
 }
 
 std::optional<WriteJournal> WriteJournal::load() {

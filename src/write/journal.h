@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
+
+#include "foundation/bytes.h"
 
 namespace marlet {
 
@@ -15,6 +18,9 @@ struct WriteJournal {
 
     /// Durable when it returns.
     void save() const;
+    /// The file's text, and what such a text says; nothing for any other.
+    std::string encode() const;
+    static std::optional<WriteJournal> decode(ByteView text);
     /// Nothing when there is none or it can't be read.
     static std::optional<WriteJournal> load();
     /// Durable when it returns; throws MFError when it can't be removed.
