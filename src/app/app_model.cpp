@@ -25,10 +25,12 @@ AppModel::AppModel(Parts parts)
       queue_(history_, std::move(parts.worker)),
       plans_(parts.planBuilder ? std::move(parts.planBuilder) : PlanStore::build),
       externals_(std::move(parts.externals)),
+      unfinished_(unfinishedTeller()),
       toastTime_(parts.toastTime) {
     queue_.onDone = [this](const Path& file) { finishQueued(file); };
     queue_.onRemoved = [this](const std::vector<Path>& files) { returnToReview(files); };
     queue_.onChanged = [this] { changed(); };
+    unfinished_.pause = parts.unfinishedPause;
     plans_.onChanged = [this] { changed(); };
     history_.onChanged = [this] { changed(); };
     HistoryPosters::prune();
@@ -36,6 +38,7 @@ AppModel::AppModel(Parts parts)
 
 AppModel::~AppModel() {
     onChanged = nullptr;
+    queue_.onJobs = nullptr;
     history_.onChanged = nullptr;
     life_.cancel();
     scanCancel_.cancel();
@@ -101,6 +104,7 @@ Task<> AppModel::clearToast(int number) {
 
 void AppModel::confirm(const Path& file) {
     review_.confirm(file);
+    unfinished_.touch(file);
     changed();
 }
 
@@ -130,6 +134,8 @@ void AppModel::forget(const Path& file) {
     drafts_.forget(file);
     tracks_.forget(file);
     review_.forgetConfirmation(file);
+    unfinished_.forget(file);
+    unfinished_.touch(file);
 }
 
 void AppModel::dropGoneSelection() {

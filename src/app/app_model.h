@@ -16,7 +16,7 @@
 #include "app/plan_store.h"
 #include "app/review_list.h"
 #include "app/track_store.h"
-#include "app/unfinished_offer.h"
+#include "app/unfinished_store.h"
 #include "app/write_queue.h"
 #include "foundation/records.h"
 #include "identify/matcher.h"
@@ -72,6 +72,7 @@ public:
         /// In place of the built-in sources.
         std::map<SourceID, ExternalSource*> externals;
         std::chrono::milliseconds toastTime{3500};
+        std::chrono::milliseconds unfinishedPause{2000};  ///< from a change to its being kept
     };
     AppModel() : AppModel(Parts{}) {}
     explicit AppModel(Parts parts);
@@ -174,11 +175,16 @@ public:
 
     // What an earlier run left unfinished.
     /// Stays until it is taken or declined, and beyond the end of the program.
-    const std::optional<UnfinishedOffer>& unfinishedOffer() const { return offer_; }
+    const std::optional<UnfinishedOffer>& unfinishedOffer() const { return unfinished_.offer(); }
     /// The files come back into Review with what a person had corrected, and those that waited for
     /// the queue go back to it, which isn't started. Nothing while the queue runs, but a toast.
-    void resumeUnfinished();
+    Task<> resumeUnfinished();
     void discardUnfinished();
+    /// Reads what there is and keeps this run's work from now on, but not in an automated run. For
+    /// the start, when nothing of an interrupted write is left.
+    Task<> openUnfinished();
+    /// Writes at once what isn't written yet: the last thing before the program ends.
+    void keepUnfinished();
 
     // Messages and what is shown.
     const std::optional<std::string>& toast() const { return toast_; }
@@ -254,6 +260,11 @@ private:
     WriteQueue::Job restoreJob(const Path& file, const Details& details) const;
     void queueRestores(std::vector<WriteQueue::Job> jobs);
 
+    // Unfinished work.
+    UnfinishedStore::Teller unfinishedTeller();
+    std::optional<UnfinishedFile> unfinishedOf(const Path& file) const;
+    void resumeRestores(const std::vector<UnfinishedRestore>& restores);
+
     HistoryStore& history_;
     WriteQueue queue_;
     ReviewList review_;
@@ -262,6 +273,7 @@ private:
     TrackStore tracks_;
     std::map<SourceID, ExternalSource*> externals_;
     std::map<Path, ResolvedFile> queuedFiles_;
+    UnfinishedStore unfinished_;
     Phase phase_;
     std::deque<std::vector<Path>> toLookThrough_;
     bool looking_ = false;
@@ -272,7 +284,6 @@ private:
     std::optional<std::string> toast_;
     int toastNumber_ = 0;
     int adding_ = 0;  ///< queueings under way
-    std::optional<UnfinishedOffer> offer_;
     /// Cancelled when the model goes: every wait in here is a wait on this token, too.
     CancelToken life_;
 };

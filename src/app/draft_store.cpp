@@ -25,16 +25,26 @@ const FileDraft* DraftStore::find(const Path& file) const {
 
 FileDraft* DraftStore::find(const Path& file) {
     const auto found = drafts_.find(file);
-    return found == drafts_.end() ? nullptr : &found->second;
+    if (found == drafts_.end()) return nullptr;
+    touched(file);
+    return &found->second;
+}
+
+void DraftStore::touched(const Path& file) const {
+    if (onTouched) onTouched(file);
 }
 
 void DraftStore::put(const Path& file, FileDraft draft) {
     adoptSeasonArt(draft);
-    drafts_.insert_or_assign(file, std::move(draft));
+    FileDraft& placed = drafts_.insert_or_assign(file, std::move(draft)).first->second;
+    grant(file, placed);
+    touched(file);
 }
 
 void DraftStore::forget(const Path& file) {
     drafts_.erase(file);
+    wishes_.erase(file);
+    touched(file);
     const auto found = loading_.find(file);
     if (found != loading_.end()) endLoading(file, found->second.number);
 }
@@ -71,12 +81,15 @@ std::optional<Gate> DraftStore::loadingOf(const Path& file) const {
 void DraftStore::pickArtwork(const ArtworkOption& option, const Path& file) {
     FileDraft* draft = find(file);
     if (draft == nullptr) return;
-    choose(*draft, option);
+    choose(*draft, option);  // find() has told that it may be another
     if (!draft->seasonKey || !sharesSeason(*draft->seasonKey)) return;
     const std::string key = *draft->seasonKey;
     picks_[pickKey(key, option.shape)] = option;
-    for (auto& [path, each] : drafts_)
-        if (each.seasonKey == key) choose(each, option);
+    for (auto& [path, each] : drafts_) {
+        if (each.seasonKey != key) continue;
+        choose(each, option);
+        touched(path);
+    }
 }
 
 void DraftStore::adoptSeasonArt(FileDraft& draft) const {
@@ -88,6 +101,8 @@ void DraftStore::adoptSeasonArt(FileDraft& draft) const {
 }
 
 void DraftStore::setShareSeason(bool on, const std::string& key, const Path& file) {
+    for (const auto& [path, each] : drafts_)
+        if (each.seasonKey == key) touched(path);
     if (!on) {
         apart_.insert(key);
         return;
@@ -99,6 +114,31 @@ void DraftStore::setShareSeason(bool on, const std::string& key, const Path& fil
     const auto tall = draft->chosenTall;
     if (wide) pickArtwork(*wide, file);
     if (tall) pickArtwork(*tall, file);
+}
+
+DraftCorrections DraftStore::corrections(const Path& file) const {
+    const FileDraft* draft = find(file);
+    if (draft == nullptr) {
+        const auto wished = wishes_.find(file);
+        return wished == wishes_.end() ? DraftCorrections() : wished->second;
+    }
+    DraftCorrections corrections = DraftCorrections::of(*draft);
+    corrections.isApart = draft->seasonKey && !sharesSeason(*draft->seasonKey);
+    return corrections;
+}
+
+void DraftStore::wish(const Path& file, const DraftCorrections& corrections) {
+    if (!corrections.empty() || corrections.isApart) wishes_.insert_or_assign(file, corrections);
+}
+
+void DraftStore::grant(const Path& file, FileDraft& draft) {
+    const auto wished = wishes_.extract(file);
+    if (!wished) return;
+    const DraftCorrections& corrections = wished.mapped();
+    if (draft.seasonKey && corrections.isApart) apart_.insert(*draft.seasonKey);
+    corrections.applyTo(draft);
+    for (const auto& option : {corrections.wide, corrections.tall})
+        if (option) pickArtwork(*option, file);
 }
 
 }  // namespace marlet

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 
+#include "app/draft_corrections.h"
 #include "foundation/records.h"
 #include "sources/async.h"
 
@@ -17,6 +19,7 @@ public:
     using Path = std::filesystem::path;
 
     const FileDraft* find(const Path& file) const;
+    /// To be edited now; a later edit asks again.
     FileDraft* find(const Path& file);
     /// A draft that just loaded: it takes its season's artwork first.
     void put(const Path& file, FileDraft draft);
@@ -41,13 +44,25 @@ public:
     void setShareSeason(bool on, const std::string& key, const Path& file);
     bool sharesSeason(const std::string& key) const { return !apart_.contains(key); }
 
+    /// What a person did to the file's draft, or what is wished for one that isn't loaded yet.
+    DraftCorrections corrections(const Path& file) const;
+    /// Applied to the file's draft when it has loaded.
+    void wish(const Path& file, const DraftCorrections& corrections);
+
+    /// Told of each file whose draft may be other than it was.
+    std::function<void(const Path&)> onTouched;
+
 private:
     struct Loading {
         int number;
         Gate ended;
     };
 
+    void touched(const Path& file) const;
+    void grant(const Path& file, FileDraft& draft);
+
     std::map<Path, FileDraft> drafts_;
+    std::map<Path, DraftCorrections> wishes_;  ///< of files without a draft
     std::map<Path, Loading> loading_;
     int lastNumber_ = 0;
     std::set<std::string> apart_;                 ///< seasons whose episodes pick one by one

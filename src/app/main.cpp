@@ -33,6 +33,8 @@ Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options) {
     }
     if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
     Updater::start();
+    auto opening = model.openUnfinished();
+    co_await opening;
     auto running = Headless::runIfRequested(model, options);
     const Headless::Run run = co_await running;
     co_return run;
@@ -75,6 +77,7 @@ int main(int argc, char** argv) {
 
     AppModel model;
     QuitGate gate;
+    gate.onEnd = [&] { model.keepUnfinished(); };
     const auto front = Front::make(model, gate, options);
     if (front) front->open();
     QMetaObject::invokeMethod(

@@ -123,6 +123,37 @@ std::function<bool(double)> PlanStore::follower(const Analysis& analysis) {
 void PlanStore::put(const Path& file, ConvertPlan plan) {
     if (const ConvertPlan* const before = find(file)) PlanBuilder::merge(*before, plan);
     plans_.insert_or_assign(file, std::move(plan));
+    grant(file);
+}
+
+/// The second stage may bring subtitles that the first didn't know.
+void PlanStore::grant(const Path& file) {
+    const auto found = wishes_.find(file);
+    if (found == wishes_.end()) return;
+    PlanTicks& wished = found->second;
+    std::erase_if(wished.sounds,
+                  [&](const auto& tick) { return tickSound(file, tick.first, tick.second); });
+    std::erase_if(wished.subtitles,
+                  [&](const auto& tick) { return tickSubtitle(file, tick.first, tick.second); });
+    if (wished.empty()) wishes_.erase(found);
+}
+
+void PlanStore::wish(const Path& file, const PlanTicks& ticks) {
+    if (ticks.empty()) return;
+    wishes_.insert_or_assign(file, ticks);
+    if (plans_.contains(file)) grant(file);
+}
+
+PlanTicks PlanStore::ticks(const Path& file) const {
+    const auto wished = wishes_.find(file);
+    PlanTicks ticks = wished == wishes_.end() ? PlanTicks() : wished->second;
+    const ConvertPlan* plan = find(file);
+    if (plan == nullptr) return ticks;
+    for (const AudioChoice& choice : plan->audio)
+        if (choice.touched) ticks.sounds[choice.track.number] = choice.keep;
+    for (const SubChoice& choice : plan->subs)
+        if (choice.touched) ticks.subtitles[choice.id] = choice.keep;
+    return ticks;
 }
 
 std::optional<double> PlanStore::analysisProgress(const Path& file) const {
@@ -132,6 +163,18 @@ std::optional<double> PlanStore::analysisProgress(const Path& file) const {
 }
 
 bool PlanStore::setKeepSound(const Path& file, int track, bool keep) {
+    const bool isSet = tickSound(file, track, keep);
+    if (isSet && onTouched) onTouched(file);
+    return isSet;
+}
+
+bool PlanStore::setKeepSubtitle(const Path& file, const std::string& id, bool keep) {
+    const bool isSet = tickSubtitle(file, id, keep);
+    if (isSet && onTouched) onTouched(file);
+    return isSet;
+}
+
+bool PlanStore::tickSound(const Path& file, int track, bool keep) {
     const auto plan = plans_.find(file);
     if (plan == plans_.end()) return false;
     const auto choice = std::ranges::find_if(
@@ -143,7 +186,7 @@ bool PlanStore::setKeepSound(const Path& file, int track, bool keep) {
     return true;
 }
 
-bool PlanStore::setKeepSubtitle(const Path& file, const std::string& id, bool keep) {
+bool PlanStore::tickSubtitle(const Path& file, const std::string& id, bool keep) {
     const auto plan = plans_.find(file);
     if (plan == plans_.end()) return false;
     const auto choice = std::ranges::find(plan->second.subs, id, &SubChoice::id);
@@ -196,6 +239,7 @@ Task<> PlanStore::finish(Path file) {
 void PlanStore::forget(const Path& file) {
     stop(file);
     plans_.erase(file);
+    wishes_.erase(file);
 }
 
 }  // namespace marlet

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "app/analysis_gate.h"
+#include "app/plan_ticks.h"
 #include "convert/plan.h"
 #include "sources/async.h"
 
@@ -51,6 +52,10 @@ public:
     /// track or the track can't be kept.
     bool setKeepSound(const Path& file, int track, bool keep);
     bool setKeepSubtitle(const Path& file, const std::string& id, bool keep);
+    /// What a person ticked, and what is wished for tracks that no plan has yet.
+    PlanTicks ticks(const Path& file) const;
+    /// Ticks to be set as soon as a plan has such tracks.
+    void wish(const Path& file, const PlanTicks& ticks);
     /// Ignored for a file that has a plan, is being analysed, or needs none.
     void analyse(const Path& file);
     void stop(const Path& file);
@@ -65,6 +70,8 @@ public:
 
     /// Told when a plan is there or has got on.
     std::function<void()> onChanged;
+    /// Told of each file whose ticks a person changed.
+    std::function<void(const Path&)> onTouched;
 
 private:
     struct Analysis {
@@ -77,10 +84,14 @@ private:
     Task<std::optional<ConvertPlan>> planOf(Path file, Order::Depth depth, Analysis analysis);
     std::function<bool(double)> follower(const Analysis& analysis);
     void put(const Path& file, ConvertPlan plan);
+    void grant(const Path& file);
+    bool tickSound(const Path& file, int track, bool keep);
+    bool tickSubtitle(const Path& file, const std::string& id, bool keep);
 
     Builder builder_;
     AnalysisGate gate_;
     std::map<Path, ConvertPlan> plans_;
+    std::map<Path, PlanTicks> wishes_;
     std::map<Path, Analysis> tasks_;
     CancelToken life_;
 };

@@ -240,6 +240,12 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
 
     const std::string extension = Scanner::extensionOf(url);
     const bool isMP4 = extension == "mp4" || extension == "m4v";
+    if (tracks_.isWished(url)) {
+        const CancelToken life = life_;
+        auto loading = tracks_.load(url);
+        co_await loading;
+        life.check();
+    }
     // Read here: a later change of a tick belongs to the next job.
     const std::vector<int> dropped = tracks_.dropped(url);
     std::string summary = dropped.empty() ? "" : InPlaceTracks::summary(*tracks_.find(url));
@@ -282,7 +288,11 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
 
 void AppModel::moveToQueue(const std::vector<Path>& files) {
     for (const Path& file : files)
-        if (const ResolvedFile* resolved = review_.find(file)) queuedFiles_[file] = *resolved;
+        if (const ResolvedFile* resolved = review_.find(file)) {
+            queuedFiles_[file] = *resolved;
+            unfinished_.forget(file);
+            unfinished_.touch(file);
+        }
     review_.remove({files.begin(), files.end()});
     dropGoneSelection();
     changed();
@@ -293,6 +303,7 @@ void AppModel::returnToReview(const std::vector<Path>& files) {
     for (const Path& file : files) {
         const auto found = queuedFiles_.find(file);
         if (found == queuedFiles_.end()) continue;
+        unfinished_.touch(file);
         back.push_back(found->second);
         queuedFiles_.erase(found);
     }

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "foundation/run_control.h"
 
@@ -67,6 +68,7 @@ void QuitGate::requestQuit() {
 
 void QuitGate::tryToEnd() {
     if (!RunControl::closeForQuit()) return;
+    if (const auto end = std::exchange(onEnd, nullptr)) end();
     std::fflush(nullptr);
     // A worker may still be copying; it is abandoned, not waited for.
     std::_Exit(status_);

@@ -2,6 +2,7 @@
 
 #include <QSocketNotifier>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 namespace marlet {
@@ -20,6 +21,8 @@ public:
 
     /// The exit status from now on, however the process ends; 0 at first.
     void setStatus(int status) { status_ = status; }
+    /// Called once, when nothing holds the end up any more.
+    std::function<void()> onEnd;
     /// Ends the process, now or when the last critical section has ended.
     void requestQuit();
 

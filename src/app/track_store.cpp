@@ -13,7 +13,24 @@ Task<> TrackStore::load(Path file) {
     auto reading = Async::onWorker(std::move(work));
     std::vector<InPlaceTrack> tracks = co_await reading;
     // A loading that ended earlier may hold ticks already.
-    tracks_.try_emplace(file, std::move(tracks));
+    const bool isFirst = tracks_.try_emplace(file, std::move(tracks)).second;
+    const auto wished = wishes_.extract(file);
+    if (isFirst && wished)
+        for (const int index : wished.mapped()) setKeep(file, index, false);
+}
+
+void TrackStore::wish(const Path& file, const std::vector<int>& dropped) {
+    if (dropped.empty()) return;
+    if (!tracks_.contains(file)) {
+        wishes_.insert_or_assign(file, dropped);
+        return;
+    }
+    for (const int index : dropped) setKeep(file, index, false);
+}
+
+void TrackStore::forget(const Path& file) {
+    tracks_.erase(file);
+    wishes_.erase(file);
 }
 
 const std::vector<InPlaceTrack>* TrackStore::find(const Path& file) const {
@@ -27,10 +44,12 @@ bool TrackStore::setKeep(const Path& file, int index, bool keep) {
     const auto track = std::ranges::find(found->second, index, &InPlaceTrack::index);
     if (track == found->second.end()) return false;
     track->keep = keep;
+    if (onTouched) onTouched(file);
     return true;
 }
 
 std::vector<int> TrackStore::dropped(const Path& file) const {
+    if (const auto wished = wishes_.find(file); wished != wishes_.end()) return wished->second;
     std::vector<int> indices;
     if (const auto* tracks = find(file))
         for (const InPlaceTrack& track : *tracks)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -20,13 +21,20 @@ public:
     const std::vector<InPlaceTrack>* find(const Path& file) const;
     /// Ticks or unticks the track at that place of the file; false when it has no such track.
     bool setKeep(const Path& file, int index, bool keep);
-    /// Track::index of what is unticked; empty for a file that wasn't read.
+    /// Unticks these tracks, as soon as the file is read.
+    void wish(const Path& file, const std::vector<int>& dropped);
+    bool isWished(const Path& file) const { return wishes_.contains(file); }
+    /// Track::index of what is unticked, or wished to be in a file that wasn't read yet.
     std::vector<int> dropped(const Path& file) const;
     bool dropsAny(const Path& file) const { return !dropped(file).empty(); }
-    void forget(const Path& file) { tracks_.erase(file); }
+    void forget(const Path& file);
+
+    /// Told of each file whose ticks a person changed.
+    std::function<void(const Path&)> onTouched;
 
 private:
     std::map<Path, std::vector<InPlaceTrack>> tracks_;
+    std::map<Path, std::vector<int>> wishes_;
 };
 
 }  // namespace marlet

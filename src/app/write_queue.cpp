@@ -86,13 +86,18 @@ WriteQueue::WriteQueue(HistoryStore& history, Worker worker)
     : history_(history), worker_(worker ? std::move(worker) : Worker(runJob)), batch_(newUUID()) {}
 
 WriteQueue::~WriteQueue() {
-    onChanged = nullptr;
+    onChanged = onJobs = nullptr;
     if (control_ && !RunControl::criticalActive()) control_->cancel();
     life_.cancel();
 }
 
 void WriteQueue::changed() {
     if (onChanged) onChanged();
+}
+
+void WriteQueue::jobsChanged() {
+    changed();
+    if (onJobs) onJobs();
 }
 
 int WriteQueue::count(State state) const {
@@ -160,7 +165,7 @@ void WriteQueue::add(std::vector<Job> jobs) {
         if (job.state == State::waiting) waiting.insert(job.request.file);
     for (Job& job : jobs)
         if (waiting.insert(job.request.file).second) jobs_.push_back(std::move(job));
-    changed();
+    jobsChanged();
 }
 
 void WriteQueue::start() {
@@ -181,7 +186,7 @@ void WriteQueue::remove(const std::string& id) {
     if (found == jobs_.end()) return;
     const std::filesystem::path file = found->request.file;
     jobs_.erase(found);
-    changed();
+    jobsChanged();
     if (onRemoved) onRemoved({file});
 }
 
@@ -193,14 +198,14 @@ void WriteQueue::dismiss() {
             unfinished.push_back(job.request.file);
     jobs_.clear();
     finished_ = false;
-    changed();
+    jobsChanged();
     if (onRemoved && !unfinished.empty()) onRemoved(unfinished);
 }
 
 void WriteQueue::clear() {
     if (active_) return;
     jobs_.clear();
-    changed();
+    jobsChanged();
 }
 
 void WriteQueue::retryFailed() {
@@ -249,7 +254,7 @@ Task<> WriteQueue::run() {
             jobs_[index].state = State::cancelled;
             jobs_[index].outcome = WriteOutcome{.status = WriteOutcome::Status::cancelled,
                                                 .message = "cancelled before it started"};
-            changed();
+            jobsChanged();
             continue;
         }
         auto working = work(index);
@@ -265,7 +270,7 @@ Task<WriteOutcome> WriteQueue::work(std::size_t index) {
     jobs_[index].state = State::running;
     // A pause in force holds only the job that was running when it was made.
     control_ = std::make_shared<RunControl>();
-    changed();
+    jobsChanged();
     const std::shared_ptr<RunControl> control = control_;
     const auto request = std::make_shared<const WriteRequest>(jobs_[index].request);
     const StepProgress progress = progressOf(index, jobs_[index].id);
@@ -334,7 +339,7 @@ void WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
         history_.append(entryOf(job, outcome, batch_));
     if (outcome.status == WriteOutcome::Status::stopped) cancelled_ = true;
     if (job.state == State::done) dropAtoms(job.request);
-    changed();
+    jobsChanged();
     if (job.state == State::done && !job.request.isRestore() && onDone) onDone(job.request.file);
 }
 

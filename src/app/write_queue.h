@@ -84,6 +84,8 @@ public:
     std::function<void(const std::vector<std::filesystem::path>&)> onRemoved;
     /// Told after each change that a screen would show.
     std::function<void()> onChanged;
+    /// Told when jobs have come, gone, begun or ended.
+    std::function<void()> onJobs;
 
 private:
     Task<> run();
@@ -93,6 +95,7 @@ private:
     void take(const std::string& step, double fraction, std::size_t index, const std::string& id);
     int count(Job::State state) const;
     void changed();
+    void jobsChanged();
 
     HistoryStore& history_;
     Worker worker_;
@@ -119,6 +122,8 @@ struct Explanation {
     bool operator==(const Explanation&) const = default;
 };
 Explanation explain(const std::string& text);
+/// True for the messages after which the person's file may not be as it was.
+bool tellsOfDamage(const std::string& text);
 }  // namespace PlainText
 
 }  // namespace marlet

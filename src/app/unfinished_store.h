@@ -1,0 +1,94 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "app/unfinished.h"
+#include "app/unfinished_offer.h"
+#include "app/unfinished_shelf.h"
+#include "sources/async.h"
+
+namespace marlet {
+
+/// Keeps what a person has begun, so that it outlives the program: looks at what was touched a
+/// moment after it was, hands it to a worker that writes it, and holds what an earlier run left
+/// until the person has said what is to become of it. Until it is opened it only takes notes. Main
+/// context only.
+class UnfinishedStore {
+public:
+    using Path = std::filesystem::path;
+
+    /// What is to be kept, as the model tells it.
+    struct Teller {
+        /// What a person did to the file; nothing when there is nothing to keep of it.
+        std::function<std::optional<UnfinishedFile>(const Path&)> file;
+        std::function<std::vector<Path>()> queue;  ///< files of the jobs that haven't ended
+        std::function<std::vector<UnfinishedRestore>()> restores;
+    };
+
+    explicit UnfinishedStore(Teller teller) : teller_(std::move(teller)) {}
+    /// Lets go whoever waits here; nothing is written.
+    ~UnfinishedStore();
+    UnfinishedStore(const UnfinishedStore&) = delete;
+    UnfinishedStore& operator=(const UnfinishedStore&) = delete;
+
+    /// Reads what an earlier run left, and keeps this one's from now on.
+    Task<> open();
+    /// A person may have changed something about the file; written within seconds.
+    void touch(const Path& file);
+    /// A job came, went, began or ended; written at once.
+    void queueChanged();
+    /// Writes what isn't written yet before it returns.
+    void keepNow();
+    bool isQueued(const Path& file) const { return queue_.contains(file); }
+
+    const std::optional<UnfinishedOffer>& offer() const { return offer_; }
+    /// Ends the offer and gives what of it is still as it was. What isn't on its way back then is
+    /// the taker's to keep.
+    Task<UnfinishedWork> take();
+    /// Ends the offer for good.
+    void discard();
+    /// A file on its way back into Review or the queue: kept as it was until it is forgotten here.
+    void expect(const UnfinishedFile& file);
+    const UnfinishedFile* expected(const Path& file) const;
+    /// The person is done with the file, offered or not.
+    void forget(const Path& file);
+
+    /// How long after a change it is written.
+    std::chrono::milliseconds pause{2000};
+
+private:
+    Task<> keep();
+    UnfinishedShelf::Delta changes();
+    void makeOffer();
+    bool isOffered(const Path& file) const;
+    void dropOffered(const Path& file);
+    void wake();
+
+    Teller teller_;
+    /// Shared with workers, which may outlive the store.
+    std::shared_ptr<UnfinishedShelf> shelf_ = std::make_shared<UnfinishedShelf>();
+    bool isOpen_ = false;
+    bool isKeeping_ = false;  ///< keep() is on its way
+    bool hasChanges_ = false;
+    bool isUrgent_ = false;
+    bool isTaking_ = false;
+    CancelToken hurry_;  ///< ends the pause before the next write
+    std::set<Path> touched_;
+    std::set<Path> queue_;  ///< as last told
+    UnfinishedWork offered_;
+    std::unordered_set<std::string> offeredAt_;  ///< locations of offered_
+    std::optional<UnfinishedOffer> offer_;
+    std::map<Path, UnfinishedFile> expected_;
+    CancelToken life_;
+};
+
+}  // namespace marlet
