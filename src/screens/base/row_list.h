@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 #include <algorithm>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -11,6 +11,7 @@ namespace marlet {
 /// The untyped half of RowList: each property of the row's gadget is a role of that name.
 class RowListBase : public QAbstractListModel {
     Q_OBJECT
+    QML_ANONYMOUS
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
@@ -26,6 +27,16 @@ Q_SIGNALS:
 
 protected:
     virtual const void* gadgetAt(int row) const = 0;
+
+    /// How one list of keys becomes another, with as few rows moved as can be.
+    struct Step {
+        std::vector<bool> stays;  ///< of the old rows
+        std::vector<bool> known;  ///< of the new rows: there already, in this order
+        int runs = 0;             ///< of neighbours that come or go together
+    };
+    static Step stepBetween(const std::vector<QString>& before, const std::vector<QString>& after);
+    /// Beyond these many a list is quicker to make anew.
+    static constexpr int mostRuns = 64;
 
 private:
     const QMetaObject& gadget_;
@@ -50,16 +61,30 @@ public:
     }
 
     /// Takes these rows in place of the old ones. Rows that stay are told as changed, never as
-    /// removed and new, so that a list keeps its place and its focus.
+    /// removed and new, so that a list keeps its place and its focus; only a list that is another
+    /// one almost everywhere is told as such.
     void set(std::vector<Row> rows) {
         const std::size_t before = rows_.size();
-        removeGone(rows);
-        if (!insertNew(rows)) {
+        const Step step = stepBetween(keysOf(rows_), keysOf(rows));
+        if (step.runs > mostRuns) {
             beginResetModel();
             rows_ = std::move(rows);
             endResetModel();
+        } else {
+            removeGone(step.stays);
+            insertNew(rows, step.known);
+            takeChanges(rows);
         }
         if (rows_.size() != before) Q_EMIT countChanged();
+    }
+    /// `change` is called with each row and says whether it changed it; never its key.
+    template <typename Change>
+    void change(const Change& change) {
+        for (std::size_t place = 0; place < rows_.size(); ++place) {
+            const std::size_t first = place;
+            while (place < rows_.size() && change(rows_[place])) ++place;
+            tellChanged(first, place);
+        }
     }
     void update(int row, Row changed) {
         if (at(row) == changed) return;
@@ -70,44 +95,50 @@ public:
 private:
     const void* gadgetAt(int row) const override { return &at(row); }
 
-    void removeGone(const std::vector<Row>& rows) {
-        std::unordered_set<QString> keys;
-        for (const Row& row : rows) keys.insert(row.key);
-        for (int last = static_cast<int>(rows_.size()) - 1; last >= 0; --last) {
-            if (keys.contains(at(last).key)) continue;
-            int first = last;
-            while (first > 0 && !keys.contains(at(first - 1).key)) --first;
-            beginRemoveRows({}, first, last);
-            rows_.erase(rows_.begin() + first, rows_.begin() + last + 1);
+    static std::vector<QString> keysOf(const std::vector<Row>& rows) {
+        std::vector<QString> keys;
+        keys.reserve(rows.size());
+        for (const Row& row : rows) keys.push_back(row.key);
+        return keys;
+    }
+    void removeGone(const std::vector<bool>& stays) {
+        for (std::size_t end = rows_.size(); end > 0; --end) {
+            if (stays[end - 1]) continue;
+            std::size_t first = end - 1;
+            while (first > 0 && !stays[first - 1]) --first;
+            beginRemoveRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
+            rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(first),
+                        rows_.begin() + static_cast<std::ptrdiff_t>(end));
             endRemoveRows();
-            last = first;
+            end = first + 1;
         }
     }
-    /// False when those that stayed stand in another order now.
-    bool insertNew(std::vector<Row>& rows) {
-        std::unordered_set<QString> kept;
-        for (const Row& row : rows_) kept.insert(row.key);
-        std::size_t old = 0;
-        for (const Row& row : rows) {
-            if (!kept.contains(row.key)) continue;
-            if (rows_[old++].key != row.key) return false;
-        }
-        for (std::size_t place = 0; place < rows.size();) {
-            if (kept.contains(rows[place].key)) {
-                update(static_cast<int>(place), std::move(rows[place]));
-                ++place;
-                continue;
-            }
+    /// Copies what is new, so that the places of `rows` stay comparable.
+    void insertNew(const std::vector<Row>& rows, const std::vector<bool>& known) {
+        for (std::size_t place = 0; place < rows.size(); ++place) {
+            if (known[place]) continue;
             std::size_t end = place + 1;
-            while (end < rows.size() && !kept.contains(rows[end].key)) ++end;
+            while (end < rows.size() && !known[end]) ++end;
             const auto at = static_cast<std::ptrdiff_t>(place);
             beginInsertRows({}, static_cast<int>(place), static_cast<int>(end) - 1);
-            rows_.insert(rows_.begin() + at, std::make_move_iterator(rows.begin() + at),
-                         std::make_move_iterator(rows.begin() + static_cast<std::ptrdiff_t>(end)));
+            rows_.insert(rows_.begin() + at, rows.begin() + at,
+                         rows.begin() + static_cast<std::ptrdiff_t>(end));
             endInsertRows();
-            place = end;
+            place = end - 1;
         }
-        return true;
+    }
+    /// Both have the same keys in the same order; neighbours that differ are told together.
+    void takeChanges(std::vector<Row>& rows) {
+        for (std::size_t place = 0; place < rows.size(); ++place) {
+            const std::size_t first = place;
+            for (; place < rows.size() && !(rows_[place] == rows[place]); ++place)
+                rows_[place] = std::move(rows[place]);
+            tellChanged(first, place);
+        }
+    }
+    void tellChanged(std::size_t first, std::size_t end) {
+        if (end > first)
+            Q_EMIT dataChanged(index(static_cast<int>(first)), index(static_cast<int>(end) - 1));
     }
 
     std::vector<Row> rows_;

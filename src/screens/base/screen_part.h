@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 
 namespace marlet {
@@ -9,6 +10,7 @@ namespace marlet {
 /// and signals only what differs. Main context only.
 class ScreenPart : public QObject {
     Q_OBJECT
+    QML_ANONYMOUS
 
 public:
     using QObject::QObject;
