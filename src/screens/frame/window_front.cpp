@@ -6,6 +6,9 @@
 #include "screens/frame/screens.h"
 #include "screens/pictures/art_provider.h"
 
+/// Generated. Nothing else of a static library that only QML speaks of would be linked.
+void qml_register_types_Marlet();
+
 namespace marlet {
 
 namespace {
@@ -17,6 +20,7 @@ public:
 
     void open() override {
         engine_.addImageProvider(ArtProvider::name, new ArtProvider);
+        qml_register_types_Marlet();
         engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
         engine_.load(QUrl(QStringLiteral("qrc:/qt/qml/Marlet/frame/MainWindow.qml")));
     }
