@@ -26,7 +26,9 @@ public:
     /// Never fails. A file that could not be read is kept aside under another name first.
     void append(HistoryEntry entry);
     void clear();
-    std::string csv() const;
+    std::string csv() const { return csvOf(entries()); }
+    /// Of a copy of the entries, so that a worker can do it.
+    static std::string csvOf(const HistoryList& entries);
     /// Told after each change.
     std::function<void()> onChanged;
 

@@ -24,11 +24,11 @@ std::string seconds(const std::optional<double>& value) {
 
 }  // namespace
 
-std::string HistoryStore::csv() const {
+std::string HistoryStore::csvOf(const HistoryList& entries) {
     std::string text =
         "Date,File,Title,Show,Season,Episode,Result,Sound layout before (s),"
         "Sound layout after (s),What changed,Note\n";
-    for (const HistoryEntry& entry : entries()) {
+    for (const HistoryEntry& entry : entries) {
         text += Dates::iso8601(entry.date) + ",";
         for (const std::string& each : {entry.path, entry.title, entry.show.value_or("")}) {
             addQuoted(text, each);

@@ -17,10 +17,9 @@ struct Row {
     std::string_view next;
 };
 
-const std::vector<Row>& table() {
+/// The three outcomes in which the person's file is not as it was: nothing may tell otherwise.
+const std::vector<Row>& damage() {
     static const std::vector<Row> rows = {
-        // The three outcomes in which the person's file is not as it was: no row below may tell
-        // otherwise.
         {{{"marlet finishes it the next time it opens"}},
          "",
          "Don't move the file. Open Marlet again: it finishes the write and checks it."},
@@ -28,6 +27,12 @@ const std::vector<Row>& table() {
          "",
          "Open Marlet again: it puts the original back and checks it."},
         {{{"identity changed during the write"}}, "", "Check the file by playing it."},
+    };
+    return rows;
+}
+
+const std::vector<Row>& table() {
+    static const std::vector<Row> rows = {
         {{{"could not make this file apple tv-safe"}},
          "The sound couldn't be made Apple TV-safe, even with the finest settings.",
          "The original was not changed. You can still play it on the Mac."},
@@ -73,15 +78,26 @@ bool holds(const std::string& text, const Row& row) {
     return false;
 }
 
+/// The first of the rows that fits; null without one.
+const Row* find(const std::vector<Row>& rows, const std::string& lower) {
+    for (const Row& row : rows)
+        if (holds(lower, row)) return &row;
+    return nullptr;
+}
+
 }  // namespace
 
 Explanation explain(const std::string& text) {
     const std::string lower = Text::lower(text);
-    for (const Row& row : table())
-        if (holds(lower, row))
-            return {row.happened.empty() ? Text::upperFirst(text) : std::string(row.happened),
-                    std::string(row.next)};
-    return {text, "The original was not changed."};
+    const Row* row = find(damage(), lower);
+    if (row == nullptr) row = find(table(), lower);
+    if (row == nullptr) return {text, "The original was not changed."};
+    return {row->happened.empty() ? Text::upperFirst(text) : std::string(row->happened),
+            std::string(row->next)};
+}
+
+bool tellsOfDamage(const std::string& text) {
+    return find(damage(), Text::lower(text)) != nullptr;
 }
 
 }  // namespace marlet::PlainText

@@ -84,7 +84,9 @@ TEST(PlainText, AFileThatMayBeDamagedIsNeverToldToBeUnchanged) {
     for (const char* message : messages) {
         EXPECT_EQ(explain(message).happened, Text::upperFirst(message));
         EXPECT_FALSE(Text::contains(explain(message).next, "not changed")) << message;
+        EXPECT_TRUE(PlainText::tellsOfDamage(message)) << message;
     }
+    EXPECT_FALSE(PlainText::tellsOfDamage("writing failed (no space); the original was put back"));
 }
 
 }  // namespace

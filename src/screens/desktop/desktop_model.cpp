@@ -7,6 +7,7 @@
 
 #include "app/app_model.h"
 #include "app/settings.h"
+#include "screens/desktop/file_manager.h"
 
 namespace marlet {
 
@@ -27,6 +28,10 @@ void DesktopModel::refresh() {
     const bool scaled = take(textScale_, std::clamp(pixels / usualTextPixels, 0.8, 2.0));
     const bool shaded = take(dark_, Settings::appearance() == Settings::Appearance::dark);
     if (scaled || shaded) Q_EMIT looksChanged();
+}
+
+void DesktopModel::showInFolder(const QStringList& paths) {
+    FileManager::show(paths);
 }
 
 }  // namespace marlet

@@ -2,6 +2,7 @@
 
 #include <QtQml/qqmlregistration.h>
 #include <QString>
+#include <QStringList>
 
 #include "screens/base/screen_part.h"
 
@@ -28,6 +29,8 @@ public:
     qreal textScale() const { return textScale_; }
     bool reducedMotion() const { return reducedMotion_; }
     QString family() const { return family_; }
+    /// The file manager opens with these files selected.
+    Q_INVOKABLE void showInFolder(const QStringList& paths);
 
 Q_SIGNALS:
     void looksChanged();

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QStringList>
+
+namespace marlet {
+
+/// The desktop's file manager.
+namespace FileManager {
+
+/// Opens the files' folders with the files selected (org.freedesktop.FileManager1); where no file
+/// manager knows that, the folder of the first one. Waits for nobody.
+void show(const QStringList& paths);
+
+}  // namespace FileManager
+}  // namespace marlet
