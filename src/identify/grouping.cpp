@@ -83,7 +83,9 @@ std::vector<LibraryItem> Matcher::group(const std::vector<ResolvedFile>& resolve
                              return episodeOf(a) < episodeOf(b);
                          });
     }
-    std::stable_sort(items.begin(), items.end(), comesBefore);
+    // Most often a list that is in order has lost a row.
+    if (!std::ranges::is_sorted(items, comesBefore))
+        std::stable_sort(items.begin(), items.end(), comesBefore);
     return items;
 }
 

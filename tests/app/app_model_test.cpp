@@ -53,6 +53,50 @@ TEST_F(Adding, AScanStartedDuringAScanCancelsTheFirstWhichLeavesReviewAsItWas) {
     EXPECT_NE(find("Sintel (2010).mp4"), nullptr);
 }
 
+TEST_F(Adding, AStoppedScanLeavesReviewAsItWasAndTheNextOneRuns) {
+    add({file("Detour (1945).mp4")});
+    model->scan({file("Charade (1963).mp4")});
+    model->cancelScan();
+    EXPECT_EQ(model->phase().kind, AppModel::Phase::Kind::idle);
+    add({file("Sintel (2010).mp4")});
+    EXPECT_EQ(find("Charade (1963).mp4"), nullptr);
+    EXPECT_NE(find("Sintel (2010).mp4"), nullptr);
+}
+
+TEST_F(Adding, ALookThroughFoldersCanBeStoppedAndSaysNothing) {
+    file("Charade (1963).mp4");
+    model->add({library.path()});
+    model->add({library.path()});
+    model->cancelScan();
+    EXPECT_EQ(model->phase().kind, AppModel::Phase::Kind::idle);
+    EXPECT_EQ(model->toast(), std::nullopt);
+    EXPECT_EQ(model->fileCount(), 0);
+    add({library.path()});
+    EXPECT_EQ(model->fileCount(), 1);
+}
+
+TEST_F(Adding, JudgedFilesCanBePlacedAndOneThatIsThereKeepsItsRecord) {
+    ResolvedFile placed;
+    placed.file.url = library / "a.mp4";
+    placed.match = Match{.title = "A"};
+    model->place({placed});
+    placed.match->title = "Another";
+    model->place({placed});
+    ASSERT_EQ(model->fileCount(), 1);
+    EXPECT_EQ(find("a.mp4")->match->title, "A");
+}
+
+TEST_F(Adding, TheRevisionOfReviewFollowsItsRowsAndConfirmationsAlone) {
+    const auto atFirst = model->reviewRevision();
+    add({file("Detour (1945).mp4")});
+    const auto added = model->reviewRevision();
+    EXPECT_NE(added, atFirst);
+    model->say("hello");
+    EXPECT_EQ(model->reviewRevision(), added);
+    model->confirm(library / "Detour (1945).mp4");
+    EXPECT_NE(model->reviewRevision(), added);
+}
+
 TEST_F(Adding, WhatBringsNothingNewLeavesAScanUnderWayAlone) {
     library.write("empty/notes.txt", std::string_view("x"));
     model->scan({file("Charade (1963).mp4")});
