@@ -7,16 +7,16 @@ GridView {
 
     required property InspectorArtwork artwork
     readonly property int gap: Theme.s2
-    readonly property int columns: Math.max(2, Math.floor((width + gap) / (artwork.wide ? 168 : 112)))
+    readonly property int columns: Math.max(2, Math.floor(width / (artwork.wide ? 168 : 112)))
     readonly property Item focused: activeFocus ? currentItem : null
     signal reached(Item cell)
 
     objectName: "artworkGrid"
     implicitHeight: contentHeight
     interactive: false
+    keyNavigationEnabled: true
     activeFocusOnTab: true
-    // The last column has its gap outside.
-    cellWidth: Math.floor((width + gap) / columns)
+    cellWidth: Math.floor(width / columns)
     cellHeight: Math.round((cellWidth - gap) * (artwork.wide ? 9 / 16 : 3 / 2)) + gap
     model: artwork.options
     highlight: null

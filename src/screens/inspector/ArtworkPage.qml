@@ -38,7 +38,8 @@ Column {
         bottomPadding: Theme.s6
     }
     ArtworkGrid {
-        width: parent.width
+        // Each cell has its gap at its end.
+        width: parent.width + gap
         visible: count > 0
         artwork: page.model
         onReached: cell => page.reached(cell)

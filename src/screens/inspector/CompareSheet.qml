@@ -8,7 +8,7 @@ Sheet {
 
     required property InspectorCompare model
     property string fileName
-    readonly property int labelWidth: Theme.px(112)
+    readonly property int labelWidth: Theme.px(128)
 
     title: qsTr("Before and After")
     footer: PushButton {
@@ -17,6 +17,7 @@ Sheet {
         primary: true
         onClicked: sheet.close()
     }
+    onAboutToShow: list.positionViewAtBeginning()
     onOpened: list.forceActiveFocus()
 
     ListView {
@@ -28,6 +29,7 @@ Sheet {
         anchors.fill: parent
         clip: true
         focus: true
+        currentIndex: -1
         spacing: 1
         boundsBehavior: Flickable.StopAtBounds
         model: sheet.model.fields

@@ -11,10 +11,9 @@ Column {
 
     Words {
         objectName: "detailsNone"
-        visible: !form.model.hasDraft
+        visible: !form.model.hasDraft && !form.model.loading && !form.model.failed
         width: parent.width
-        text: form.model.loading ? qsTr("Fetching details…") : form.model.failed
-              ? qsTr("These details couldn't be loaded.") : qsTr("Not matched yet")
+        text: qsTr("Not matched yet")
         kind: Words.Quiet
         horizontalAlignment: Text.AlignHCenter
         topPadding: Theme.s6
@@ -37,7 +36,7 @@ Column {
         objectName: "fields"
         model: form.model.details.fields
         delegate: Column {
-            id: field
+            id: entry
 
             required property int index
             required property string key
@@ -54,14 +53,14 @@ Column {
             Loader {
                 id: box
                 width: parent.width
-                sourceComponent: field.isLong ? longBox : oneLine
+                sourceComponent: entry.isLong ? longBox : oneLine
             }
             Words {
-                objectName: "oldValue" + field.key
-                visible: field.mark && box.activeFocus
+                objectName: "oldValue" + entry.key
+                visible: entry.mark && box.activeFocus
                 width: parent.width
-                text: field.oldValue === "" ? qsTr("Not in the file now")
-                                            : qsTr("In the file now: %1").arg(field.oldValue)
+                text: entry.oldValue === "" ? qsTr("Not in the file now")
+                                            : qsTr("In the file now: %1").arg(entry.oldValue)
                 kind: Words.Small
                 wrapMode: Text.Wrap
                 maximumLineCount: 4
@@ -69,25 +68,25 @@ Column {
             Component {
                 id: oneLine
                 TextBox {
-                    objectName: "field" + field.key
-                    label: field.label
-                    prompt: field.prompt
-                    text: field.text
-                    mark: field.mark
-                    oldValue: field.oldValue
-                    onEdited: value => form.model.details.edit(field.index, value)
+                    objectName: "field" + entry.key
+                    label: entry.label
+                    prompt: entry.prompt
+                    text: entry.text
+                    mark: entry.mark
+                    oldValue: entry.oldValue
+                    onEdited: value => form.model.details.edit(entry.index, value)
                 }
             }
             Component {
                 id: longBox
                 LongBox {
-                    objectName: "field" + field.key
-                    label: field.label
-                    prompt: field.prompt
-                    text: field.text
-                    mark: field.mark
-                    oldValue: field.oldValue
-                    onEdited: value => form.model.details.edit(field.index, value)
+                    objectName: "field" + entry.key
+                    label: entry.label
+                    prompt: entry.prompt
+                    text: entry.text
+                    mark: entry.mark
+                    oldValue: entry.oldValue
+                    onEdited: value => form.model.details.edit(entry.index, value)
                 }
             }
         }

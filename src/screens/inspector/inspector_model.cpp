@@ -121,11 +121,8 @@ EpisodeRow InspectorModel::episodeOf(const ResolvedFile& file) const {
     // Bytes of any kind, each path with a text of its own.
     row.key = QString::fromLatin1(QByteArray::fromStdString(file.file.url.string()));
     const FileDraft* draft = std::as_const(model_).drafts().find(file.file.url);
-    QString title;
-    if (draft)
-        title = toQt(draft->details.title);
-    else if (file.match)
-        title = toQt(file.match->episodeTitle);
+    QString title = draft ? toQt(draft->details.title) : QString();
+    if (title.isEmpty() && file.match) title = toQt(file.match->episodeTitle);
     if (file.match && file.match->season && file.match->episode)
         row.title = QStringLiteral("S%1E%2 · %3")
                         .arg(twoDigits(*file.match->season), twoDigits(*file.match->episode),

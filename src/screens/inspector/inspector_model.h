@@ -35,7 +35,7 @@ public:
 };
 
 /// The file or season in the inspector: its verdict, its details, tracks and artwork.
-class InspectorModel : public ScreenPart {
+class InspectorModel : public marlet::ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")

@@ -14,7 +14,7 @@ namespace {
 QString pictureName(const std::string& codecID) {
     if (Text::startsWith(codecID, "V_MPEGH/ISO/HEVC")) return QStringLiteral("HEVC");
     if (Text::startsWith(codecID, "V_MPEG4/ISO/AVC")) return QStringLiteral("H.264");
-    return toQt(codecID);
+    return toQt(Text::startsWith(codecID, "V_") ? codecID.substr(2) : codecID);
 }
 
 /// A person who asked for these languages has no use for the others.
