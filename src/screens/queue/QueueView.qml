@@ -56,12 +56,17 @@ FocusScope {
         ScrollBar.vertical: ScrollHandle {}
 
         section.property: "group"
-        section.delegate: SectionHeading {
+        section.delegate: Item {
+            id: group
             required property string section
-            text: section
-            visible: section !== ""
-            height: visible ? implicitHeight : 0
-            leftPadding: Theme.s2
+            width: list.width
+            height: section === "" ? 0 : heading.implicitHeight
+            SectionHeading {
+                id: heading
+                visible: group.section !== ""
+                text: group.section
+                leftPadding: Theme.s2
+            }
         }
         delegate: JobRow {
             id: job

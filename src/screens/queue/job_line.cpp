@@ -53,7 +53,8 @@ void tellOutcome(JobLine& line, const WriteQueue::Job& job, const WriteOutcome& 
     const QString summary = toQt(job.summary);
     // Of a job that went well there is nothing to explain, nor is its original as it was.
     if (job.state == State::done) {
-        line.second = joined({summary, toQt(outcome.message), layoutOf(outcome)}, " · ");
+        const QString message = toQt(outcome.message);
+        line.second = joined({message.isEmpty() ? summary : message, layoutOf(outcome)}, " · ");
         return;
     }
     const PlainText::Explanation words = PlainText::explain(outcome.message);

@@ -165,9 +165,8 @@ QueueModel::Numbers QueueModel::numbersNow() const {
 }
 
 QString QueueModel::detail() const {
-    if (head_.stage != QLatin1String("running")) return head_.detail;
-    const QString second = head_.paused ? tr("Paused") : numbers_.timeLeft;
-    return second.isEmpty() ? head_.detail : head_.detail + QStringLiteral(" · ") + second;
+    return numbers_.timeLeft.isEmpty() ? head_.detail
+                                       : head_.detail + QStringLiteral(" · ") + numbers_.timeLeft;
 }
 
 void QueueModel::start() {

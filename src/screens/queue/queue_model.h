@@ -18,7 +18,7 @@ class AppModel;
 
 /// The jobs that wait, run or have ended, and the run as a whole. States change at once; numbers
 /// at most twice a second.
-class QueueModel : public ScreenPart {
+class QueueModel : public marlet::ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")
