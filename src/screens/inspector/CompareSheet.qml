@@ -17,12 +17,17 @@ Sheet {
         primary: true
         onClicked: sheet.close()
     }
-    onAboutToShow: list.positionViewAtBeginning()
-    onOpened: list.forceActiveFocus()
+    onAboutToShow: list.atTop = true
+    onOpened: {
+        list.forceActiveFocus();
+        list.contentY = list.originY;
+    }
 
     ListView {
         id: list
 
+        // What stands above the rows becomes higher as its words and covers come.
+        property bool atTop: true
         readonly property real column: (width - sheet.labelWidth - Theme.s3 * 2) / 2
 
         objectName: "compareList"
@@ -33,11 +38,16 @@ Sheet {
         spacing: 1
         boundsBehavior: Flickable.StopAtBounds
         model: sheet.model.fields
+        onOriginYChanged: if (atTop) contentY = originY
+        onMovementStarted: atTop = false
         ScrollBar.vertical: ScrollBar {}
         Accessible.role: Accessible.Table
         Accessible.name: sheet.model.head
         Keys.onUpPressed: flick(0, 900)
-        Keys.onDownPressed: flick(0, -900)
+        Keys.onDownPressed: {
+            atTop = false;
+            flick(0, -900);
+        }
 
         header: Column {
             width: list.width
