@@ -6,7 +6,7 @@
 #   MARLET_BENCH_FILES=2000  files of the scan
 #   MARLET_BENCH_PICTURES=540  picture subtitles of each language
 #   MARLET_BENCH_TURNS=3     turns of each side, alternately; the best counts
-#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix ocr write rebuild verify convert scan start history
+#   MARLET_BENCH_ONLY=...    some of: index matroska bulk names mix ocr write rebuild verify convert scan start history screens
 #   TMPDIR=/var/tmp          the disk to measure on
 set -euo pipefail
 # Numbers have points, whatever the person's language.
@@ -42,7 +42,7 @@ say() { printf '%s\n' "$*" >&2; }
 
 # shellcheck source=bench/measure.sh
 . bench/measure.sh
-for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix ocr write rebuild verify convert scan start history}; do
+for part in ${MARLET_BENCH_ONLY:-index matroska bulk names mix ocr write rebuild verify convert scan start history screens}; do
     # shellcheck source=/dev/null
     . "bench/parts/$part.sh"
     "measure_$part"
