@@ -55,7 +55,7 @@ ReviewRow ReviewRow::of(const LibraryItem& item, const AppModel& model) {
     ReviewRow row;
     row.key = keyOf(item.id);
     row.title = toQt(item.title);
-    if (item.year) row.year = QString::number(*item.year);
+    if (item.year.value_or(0) > 0) row.year = QString::number(*item.year);
     row.posterPath = item.posterPath.value_or("");
     row.series = item.kind == MediaKind::tv;
     row.files = static_cast<int>(item.files.size());
