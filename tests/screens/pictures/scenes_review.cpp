@@ -41,8 +41,8 @@ QVariantList shelf() {
     for (int i = 1; i <= 6; i++) files << episode(QStringLiteral("Harbour Street"), 1, i);
     files << film(QStringLiteral("Charade (1963).mp4"), QStringLiteral("Charade"), 1963)
           << film(QStringLiteral("Sintel.2010.1080p.mkv"), QStringLiteral("Sintel"), 2010)
-          << doubtful(film(QStringLiteral("his girl friday.mp4"),
-                           QStringLiteral("His Girl Friday"), 1940),
+          << doubtful(film(QStringLiteral("his girl friday.mp4"), QStringLiteral("His Girl Friday"),
+                           1940),
                       QStringLiteral("The file runs 14 minutes longer than the film"))
           << doubtful(
                  film(QStringLiteral("Night of the Living Dead.mkv"),
@@ -57,8 +57,8 @@ QVariantList shelf() {
                                  "Holstenwall That Summer"),
                   1920)
           << film(QStringLiteral("Tears of Steel.mov"), QStringLiteral("Tears of Steel"), 2012)
-          << film(QStringLiteral("Amélie.mp4"), QStringLiteral("Le Fabuleux Destin d'Amélie Poulain"),
-                  2001);
+          << film(QStringLiteral("Amélie.mp4"),
+                  QStringLiteral("Le Fabuleux Destin d'Amélie Poulain"), 2001);
     return files;
 }
 
