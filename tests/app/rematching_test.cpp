@@ -92,6 +92,50 @@ TEST_F(Rematching, AFailedLookUpSaysSoAndChangesNothing) {
     unchanged();
 }
 
+TEST_F(Rematching, AWholeSeasonIsChosenAtOnceAndEachFileKeepsItsEpisode) {
+    add({file(firstLight), file(telescope)});
+    const auto row =
+        std::vector<EpisodeChoice>{{library / firstLight, 1, {}}, {library / telescope, 2, {}}};
+    EXPECT_TRUE(Async::wait(model->rematchSeason(row, 198750, 1)));
+    ASSERT_EQ(model->items().size(), 1u);
+    EXPECT_EQ(find(firstLight)->match->tmdbID, 198750);
+    EXPECT_EQ(find(firstLight)->match->episode, 1);
+    EXPECT_EQ(find(telescope)->match->tmdbID, 198750);
+    EXPECT_EQ(find(telescope)->match->episodeTitle, "Mirrors");
+    EXPECT_TRUE(model->isConfirmed(*find(telescope)));
+}
+
+TEST_F(Rematching, ASeasonThatLacksOneOfTheEpisodesIsTakenForNone) {
+    add({file(firstLight), file(telescope)});
+    const ResolvedFile before = *find(firstLight);
+    const auto row =
+        std::vector<EpisodeChoice>{{library / firstLight, 1, {}}, {library / telescope, 99, {}}};
+    EXPECT_FALSE(Async::wait(model->rematchSeason(row, 198750, 1)));
+    EXPECT_EQ(*find(firstLight), before);
+    EXPECT_EQ(model->toast(), "Couldn't reach the database.");
+}
+
+TEST_F(Rematching, ADoubleEpisodeStaysOneInTheChosenSeason) {
+    add({file(firstLight)});
+    const auto row = std::vector<EpisodeChoice>{{library / firstLight, 1, 2}};
+    EXPECT_TRUE(Async::wait(model->rematchSeason(row, 201750, 1)));
+    const Match& match = *find(firstLight)->match;
+    EXPECT_EQ(match.episode, 1);
+    EXPECT_EQ(match.episodeEnd, 2);
+    EXPECT_EQ(match.episodeTitle, "First Light / The Wrong End of the Telescope");
+}
+
+TEST_F(Rematching, AChoiceThatIsCalledOffChangesNothingAndIsSilent) {
+    add({file(charade)});
+    const ResolvedFile before = *find(charade);
+    const CancelToken cancel;
+    auto choosing = model->rematchMovie(library / charade, 201001, cancel);
+    cancel.cancel();
+    EXPECT_FALSE(Async::wait(std::move(choosing)));
+    EXPECT_EQ(*find(charade), before);
+    EXPECT_FALSE(model->toast());
+}
+
 TEST_F(Rematching, AFileThatLeftMeanwhileIsNotBroughtBack) {
     add({file(charade)});
     auto choosing = model->rematchMovie(library / charade, 201001);

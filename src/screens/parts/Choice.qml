@@ -29,6 +29,7 @@ Column {
         font.family: Theme.family
         font.pixelSize: Theme.body
         onActivated: index => choice.chosen(index)
+        onModelChanged: currentIndex = choice.currentIndex
         Accessible.name: choice.label
         background: FieldFrame { focused: box.visualFocus }
         contentItem: Words {
