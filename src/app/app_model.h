@@ -165,7 +165,7 @@ public:
     void restoreBatch(const HistoryList& entries);
     const std::map<Path, ResolvedFile>& queuedFiles() const { return queuedFiles_; }
     static std::string label(const Details& details, const Path& file);
-    /// The sound and subtitle tracks that a conversion leaves out: "2 sounds, 1 subtitle removed".
+    /// The sound and subtitle tracks that a conversion leaves out: "2 sound, 1 subtitle removed".
     /// Empty without any.
     static std::string summary(const ConvertPlan& plan);
     /// The folder for new files: the run's own, else the setting.

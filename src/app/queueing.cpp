@@ -84,10 +84,6 @@ std::string wordsOf(const ConvertPlan& refused) {
     return words.empty() ? "can't be converted" : words;
 }
 
-std::string counted(std::ptrdiff_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string stillToLookAt(std::size_t count) {
     return std::to_string(count) + " file" + (count == 1 ? "" : "s") +
            " still need a look and weren't added.";
@@ -125,8 +121,8 @@ std::string AppModel::summary(const ConvertPlan& plan) {
         return !choice.keep && choice.track && !choice.splitForced;
     });
     std::vector<std::string> parts;
-    if (sounds > 0) parts.push_back(counted(sounds, "sound"));
-    if (subtitles > 0) parts.push_back(counted(subtitles, "subtitle"));
+    if (sounds > 0) parts.push_back(std::to_string(sounds) + " sound");
+    if (subtitles > 0) parts.push_back(std::to_string(subtitles) + " subtitle");
     return parts.empty() ? "" : Text::join(parts, ", ") + " removed";
 }
 

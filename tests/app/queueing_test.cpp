@@ -2,6 +2,7 @@
 #include <future>
 
 #include "app/model_fixture.h"
+#include "app/settings.h"
 #include "foundation/errors.h"
 #include "foundation/text.h"
 #include "write/ilst_editor.h"
@@ -43,16 +44,20 @@ TEST_F(Queueing, WithoutAKeyTheToastSaysSoAndNothingMoves) {
     EXPECT_FALSE(model->isAdding());
 }
 
-TEST_F(Queueing, OfTwoFilesOneUnconfirmedMakesOneJobAndANoticeWithTheFixedPluralVerb) {
-    add({file("Charade (1963).mp4"), file("Sintel (2010).mp4")});
-    model->confirm(library / "Charade (1963).mp4");
+TEST_F(Queueing, OfTwoFilesOfAnItemOneUnconfirmedMakesOneJobAndANoticeWithTheFixedPluralVerb) {
+    const std::string first = "The Tin Observatory/Season 1/01 First Light.mp4";
+    const std::string second = "The Tin Observatory/Season 1/02 Something Else.mp4";
+    add({file(first), file(second)});
+    ASSERT_EQ(model->items().size(), 1u);
+    ASSERT_FALSE(model->isConfirmed(*find(second)));
+    ASSERT_TRUE(model->isConfirmed(*find(first))) << "it needs no yes";
     queueAll();
-    EXPECT_EQ(onlyJob().label, "Charade");
+    EXPECT_EQ(onlyJob().label, "The Tin Observatory · S1E1");
     EXPECT_EQ(model->notice, "1 file still need a look and weren't added. 1 added to the queue.");
     EXPECT_EQ(model->toast(), "Added to Queue");
-    EXPECT_NE(find("Sintel (2010).mp4"), nullptr);
-    EXPECT_EQ(find("Charade (1963).mp4"), nullptr);
-    EXPECT_TRUE(model->queuedFiles().contains(library / "Charade (1963).mp4"));
+    EXPECT_NE(find(second), nullptr);
+    EXPECT_EQ(find(first), nullptr);
+    EXPECT_TRUE(model->queuedFiles().contains(library / first));
 }
 
 TEST_F(Queueing, SeveralAreCountedInTheNoticeAndTheToast) {
@@ -119,6 +124,28 @@ TEST_F(Queueing, WhatThePersonEditedAndPickedIsWhatIsWritten) {
     EXPECT_EQ(onlyJob().label, "My Title");
     EXPECT_EQ(server.requestCount("^/t/p/w780" + mine.chosenTall->path), 1);
     EXPECT_EQ(server.requestCount("^/t/p/w1280"), 0);
+}
+
+TEST_F(Queueing, TheStoredStyleDecidesWhichCoverIsFetched) {
+    addConfirmed({"Charade (1963).mp4"});
+    Async::wait(model->loadDrafts(*itemOf("Charade (1963).mp4")));
+    const FileDraft loaded = *draft("Charade (1963).mp4");
+    ASSERT_TRUE(loaded.chosenTall && loaded.chosenWide);
+    const auto fetched = [&](const std::string& size, const ArtworkOption& option) {
+        return server.requestCount("^/t/p/" + size + option.path);
+    };
+    queueAll();
+    EXPECT_EQ(fetched("w1280", *loaded.chosenWide), 1) << "wide, unless something is stored";
+    EXPECT_EQ(server.requestCount("^/t/p/w780"), 0);
+    const std::string wide = tag(onlyJob(), "covr");
+
+    model->queue().remove(onlyJob().id);
+    Settings::setArtworkStyle(ArtworkStyle::tall);
+    server.resetStats();
+    queueAll();
+    EXPECT_EQ(fetched("w780", *loaded.chosenTall), 1);
+    EXPECT_EQ(server.requestCount("^/t/p/w1280"), 0);
+    EXPECT_NE(tag(onlyJob(), "covr"), wide);
 }
 
 TEST_F(Queueing, APictureThatCannotBeHadIsLeftOutAndTheDetailsAreStillWritten) {
@@ -278,13 +305,17 @@ TEST_F(Converting, ASummaryTellsWhatIsLeftOut) {
     EXPECT_EQ(AppModel::summary(plan), "");
     plan.audio.resize(3);
     plan.audio[0].keep = true;
-    EXPECT_EQ(AppModel::summary(plan), "2 sounds removed");
+    EXPECT_EQ(AppModel::summary(plan), "2 sound removed");
     plan.subs.push_back({.id = "side:a.srt", .sidecar = "a.srt"});
-    EXPECT_EQ(AppModel::summary(plan), "2 sounds removed") << "it stays beside the film";
+    EXPECT_EQ(AppModel::summary(plan), "2 sound removed") << "it stays beside the film";
     plan.subs.push_back({.id = "mkv4", .track = MKVTrack{}});
-    EXPECT_EQ(AppModel::summary(plan), "2 sounds, 1 subtitle removed");
+    EXPECT_EQ(AppModel::summary(plan), "2 sound, 1 subtitle removed");
     plan.subs.push_back({.id = "pgsforced5", .track = MKVTrack{}, .splitForced = true});
-    EXPECT_EQ(AppModel::summary(plan), "2 sounds, 1 subtitle removed") << "no track of its own";
+    EXPECT_EQ(AppModel::summary(plan), "2 sound, 1 subtitle removed") << "no track of its own";
+    plan.subs.push_back({.id = "mkv6", .track = MKVTrack{}});
+    EXPECT_EQ(AppModel::summary(plan), "2 sound, 2 subtitle removed");
+    plan.audio.clear();
+    EXPECT_EQ(AppModel::summary(plan), "2 subtitle removed");
 }
 
 using Returning = Queueing;
