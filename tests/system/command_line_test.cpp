@@ -6,6 +6,8 @@
 
 #include <filesystem>
 
+#include "support/bad_films.h"
+#include "support/bundle.h"
 #include "support/media.h"
 #include "system/program_run.h"
 
@@ -127,6 +129,24 @@ TEST_F(CommandLine, RestoringTheLastRunGivesEachTagBlockBackByteForByte) {
     EXPECT_EQ(tagBlock(two), second);
     // The newest entries are restores now: the run before them is taken again.
     EXPECT_EQ(run_.marlet({"--restore-last-batch"}).lines("RESTORE done").size(), 2u);
+}
+
+TEST_F(CommandLine, RestoringTakesTheNewestOfSeveralRunsAndLeavesTheFilesOfOlderOnesAlone) {
+    const fs::path older = film("Charade (1963).mp4");
+    const fs::path newer = film("Sintel (2010).mp4");
+    const Bytes original = tagBlock(newer);
+    ASSERT_EQ(tag(older, {"--confirm-all"}).lines("RESULT done").size(), 1u);
+    ASSERT_EQ(tag(newer, {"--confirm-all"}).lines("RESULT done").size(), 1u);
+    const Bytes tagged = readFile(older);
+    ASSERT_NE(tagBlock(newer), original);
+
+    const auto restored = run_.marlet({"--restore-last-batch"});
+
+    EXPECT_THAT(restored.lines("RESTORE"),
+                ElementsAre("RESTORE done: Restore original details · Sintel | Original details "
+                            "restored"));
+    EXPECT_EQ(tagBlock(newer), original);
+    EXPECT_EQ(readFile(older), tagged);
 }
 
 TEST_F(CommandLine, RestoringWithoutAHistorySaysSo) {
@@ -271,12 +291,40 @@ TEST_F(CommandLine, AnMkvThatCanNotBeConvertedIsRefusedInWordsAndStaysAsItIs) {
     EXPECT_EQ(readFile(file), before);
 }
 
-TEST_F(CommandLine, NoFixIsStoredForLaterRunsAndOutputDirSwitchesAppleTVOff) {
-    run_.marlet({"--no-fix", "--output-dir", run_.library().string(), "--restore-last-batch"});
-    const std::string stored =
-        textOf(readFile(fs::path(std::getenv("XDG_CONFIG_HOME")) / "Marlet" / "Marlet.conf"));
-    EXPECT_THAT(stored, HasSubstr("fixForAppleTV=false"));
-    EXPECT_THAT(stored, HasSubstr("sourceOn.appleTV=false"));
+TEST_F(CommandLine, NoFixIsStoredSoThatALaterRunLaysNothingOutAnewAndPutsAnUnfitFileBack) {
+    const Bundle bundle{Bundle::Tools::own};
+    run_.programs = bundle.program("marlet").parent_path();
+    const fs::path fixed = run_.library() / "Charade (1963).mp4";
+    const fs::path left = run_.library() / "Sintel (2010).mp4";
+    makeBadFilm(badFilms().front(), fixed);
+    fs::copy_file(fixed, left);
+    const auto before = tag(fixed, {"--confirm-all"});
+    ASSERT_EQ(before.lines("RESULT done: Charade | Details written; sound layout fixed (").size(),
+              1u)
+        << before.output;
+    const Bytes bytes = readFile(left);
+
+    run_.marlet({"--no-fix", "--restore-last-batch"});
+    const auto after = tag(left, {"--confirm-all"});
+    EXPECT_THAT(after.lines("RESULT"),
+                ElementsAre(HasSubstr("RESULT failed: Sintel | after writing, the sound layout "
+                                      "measured 10.0 s; the original was put back | ")));
+    EXPECT_EQ(readFile(left), bytes);
+}
+
+TEST_F(CommandLine, OutputDirSwitchesAppleTVOffForLaterRunsAsWell) {
+    film("Charade (1963).mp4");
+    const auto asked = [&](const std::string& service) {
+        // What was answered is kept, and not asked for again.
+        fs::remove_all(fs::path(std::getenv("XDG_CACHE_HOME")));
+        run_.catalogue().resetStats();
+        run_.marlet({"--scan", run_.library(), "--apple-tv", "--quit"});
+        return run_.catalogue().log(service).size();
+    };
+    ASSERT_GT(asked("/uts/"), 0u);
+    run_.marlet({"--output-dir", run_.library(), "--restore-last-batch"});
+    EXPECT_EQ(asked("/uts/"), 0u);
+    EXPECT_GT(asked("/3/"), 0u);
 }
 
 TEST_F(CommandLine, ProgressIsTracedOnStandardErrorWhenAskedFor) {
@@ -286,41 +334,14 @@ TEST_F(CommandLine, ProgressIsTracedOnStandardErrorWhenAskedFor) {
               "headless: entered\nheadless: adding 1 roots\nheadless: scan done, 1 items\n");
 }
 
-TEST_F(CommandLine, AScanWithoutAPathDoesNothingAndTheProgramStaysOpenUntilItIsAskedToEnd) {
+TEST_F(CommandLine, AScanWithoutAPathDoesNothingAndASignalEndsTheProgram) {
+    film("Charade (1963).mp4");
     const auto process = run_.start("marlet", {"--trace", "--scan"});
     while (!contains(process->errors(), "entered")) ASSERT_FALSE(process->hasEnded());
-    EXPECT_FALSE(process->hasEnded());
     process->signal(SIGTERM);
     EXPECT_EQ(process->wait(), 0);
-}
-
-class WorkFolders : public CommandLine {
-protected:
-    WorkFolders() {
-        folder_ = fs::path(std::getenv("XDG_CACHE_HOME")) / "Marlet" / "work" /
-                  "0F0E0D0C-0B0A-4908-8706-050403020100";
-        fs::create_directories(folder_);
-        writeFile(folder_ / ".lock", {});
-    }
-    fs::path folder_;
-};
-
-TEST_F(WorkFolders, WithoutAnyOptionTheProgramCleansTheWorkAreaAndWaits) {
-    const auto process = run_.start("marlet", {});
-    while (fs::exists(folder_)) ASSERT_FALSE(process->hasEnded()) << process->errors();
-    EXPECT_FALSE(process->hasEnded());
-    process->signal(SIGINT);
-    EXPECT_EQ(process->wait(), 0);
-}
-
-TEST_F(WorkFolders, AnOptionAloneMakesTheRunAutomatedAndNothingIsCleaned) {
-    run_.marlet({"--no-ai", "--restore-last-batch"});
-    EXPECT_TRUE(fs::exists(folder_));
-    run_.environment["MARLET_NO_KEYCHAIN"] = "1";
-    const auto process = run_.start("marlet", {});
-    process->signal(SIGTERM);
-    process->wait();
-    EXPECT_TRUE(fs::exists(folder_));
+    EXPECT_EQ(process->errors(), "headless: entered\n");
+    EXPECT_EQ(run_.catalogue().requestCount("."), 0);
 }
 
 }  // namespace

@@ -125,6 +125,10 @@ TEST_F(ScriptedRun, WithIgnoreTagsTheReportIsScoredPrintedAndWritten) {
               "Length differs: file 0 min, database 113 min\n");
     EXPECT_EQ(textOf(readFile(report)) + "\n", result.output);
     EXPECT_EQ(marlet({"--scan", run_.library(), "--ignore-tags", "--quit"}).output, "");
+    EXPECT_EQ(
+        marlet({"--scan", run_.library(), "--ignore-tags=1", "--report", report, "--quit"}).output,
+        result.output)
+        << "a flag is there with a value, too, and the tags are ignored";
 }
 
 TEST_F(ScriptedRun, AReportThatCannotBeWrittenIsNotReportedAtAll) {
@@ -248,6 +252,19 @@ TEST_F(ScriptedRun, ARestoreInJsonTellsItsJobsOrTheProblem) {
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0]["event"], "restored");
     EXPECT_EQ(lines[0]["message"], "Original details restored");
+}
+
+TEST_F(ScriptedRun, ARunWhoseFilesAreGoneLeavesNothingToRestoreWhichIsToldInWordsAndInJson) {
+    const std::string file = film("Charade (1963).mp4");
+    ASSERT_EQ(strictly({"--tag", file, "--confirm-all"}), 0);
+    fs::remove(file);
+    const std::string text = "Nothing to restore: no saved originals for those files.";
+    const auto words = marlet({"--restore-last-batch"});
+    EXPECT_EQ(words.output, "NOTICE " + text + "\n");
+    EXPECT_EQ(words.status, 0);
+    EXPECT_EQ(objects({"--restore-last-batch"}),
+              (std::vector<json>{{{"event", "notice"}, {"text", text}}}));
+    EXPECT_EQ(strictly({"--restore-last-batch"}), 2);
 }
 
 TEST_F(ScriptedRun, ANameThatIsNotUtf8IsStillALineOfJson) {
