@@ -11,6 +11,7 @@ Column {
     spacing: Theme.s1
 
     Words {
+        id: name
         objectName: "inspectorFile"
         width: parent.width
         text: head.model.fileName
@@ -18,7 +19,7 @@ Column {
         elide: Text.ElideMiddle
         Accessible.role: Accessible.Heading
         HoverHandler { id: over }
-        Hint { text: head.model.fileName; visible: over.hovered && parent.truncated }
+        Hint { text: head.model.fileName; visible: over.hovered && name.truncated }
     }
     Words {
         objectName: "inspectorMatch"
