@@ -8,6 +8,7 @@
 #include "write/job_end.h"
 #include "write/outcome_wording.h"
 #include "write/write_gate.h"
+#include "write/write_turn.h"
 
 namespace marlet {
 
@@ -29,6 +30,8 @@ void InPlaceDelivery::run() {
     if (!TagWriter::openForWriting(job_.file()).empty())
         throw JobEnd::stopped(Wording::otherWriter);
     job_.control.checkpoint();
+    // Not paused from here on, or the others would wait, too.
+    const WriteTurn turn(job_.control);
     const CriticalSection critical(job_.control);
     // The person may have kept the job waiting there for hours.
     requireUnchanged();

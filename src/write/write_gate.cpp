@@ -2,6 +2,7 @@
 
 #include "foundation/file_ops.h"
 #include "foundation/text.h"
+#include "foundation/work_area.h"
 #include "write/delivery.h"
 #include "write/guards.h"
 #include "write/job_end.h"
@@ -43,7 +44,9 @@ void checkRequest(WriteJob& job) {
 void checkNoOtherWriter(const WriteRequest& request) {
     const auto programs = TagWriter::openForWriting(request.file);
     if (!programs.empty()) throw JobEnd::stopped(Wording::inUse(programs));
-    if (isInPlace(request)) requireNoPendingWrite();
+    const auto journal = isInPlace(request) ? WriteJournal::load() : std::nullopt;
+    // Another running copy of the program is at it: its turn is waited for when it comes to that.
+    if (journal && !WorkArea::isHeld(journal->temp.parent_path())) requireNoPendingWrite();
 }
 
 void requireNoPendingWrite() {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "foundation/run_control.h"
+#include "foundation/syscalls.h"
+
+namespace marlet {
+
+/// One person's running copies of the program change files one after the other: there is one
+/// journal, and a second one would take the place of the first. Held from before a journal is
+/// written until it is removed, by a lock that dies with its process.
+class WriteTurn {
+public:
+    /// Waits while another copy is changing a file, as long as that takes; the job can be paused
+    /// and cancelled meanwhile (CancelError). Where there can be no such lock, nobody is kept
+    /// waiting: what the journal itself says is looked at in any case.
+    explicit WriteTurn(RunControl& control);
+    WriteTurn(const WriteTurn&) = delete;
+    WriteTurn& operator=(const WriteTurn&) = delete;
+
+private:
+    FileHandle lock_;
+};
+
+}  // namespace marlet
