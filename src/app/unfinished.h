@@ -13,13 +13,13 @@
 namespace marlet {
 
 /// What tells a file from what stands under its name later.
-struct FileMark {
+struct FilmMark {
     std::uint64_t size = 0;
     std::uint64_t inode = 0;
     std::int64_t modified = 0;  ///< nanoseconds since 1970
-    bool operator==(const FileMark&) const = default;
+    bool operator==(const FilmMark&) const = default;
 
-    static FileMark of(const Sys::FileStat& found);
+    static FilmMark of(const Sys::FileStat& found);
 };
 
 /// One file that waits for the queue or that a person corrected, with all that this person did.

@@ -159,7 +159,7 @@ void fields(A& a, T& it) {
     a("year", it.year);
 }
 
-template <typename A, Is<FileMark> T>
+template <typename A, Is<FilmMark> T>
 void fields(A& a, T& it) {
     a("size", it.size);
     a("inode", it.inode);

@@ -108,7 +108,7 @@ std::string encode(const UnfinishedFile& file) {
     return dump(jsonOf(file));
 }
 
-std::string line(const std::string& record, const FileMark& mark, bool isQueued) {
+std::string line(const std::string& record, const FilmMark& mark, bool isQueued) {
     return R"({"queued":)" + std::string(isQueued ? "true" : "false") + R"(,"mark":)" +
            dump(jsonOf(mark)) + R"(,"file":)" + record + "}";
 }

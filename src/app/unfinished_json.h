@@ -12,7 +12,7 @@ namespace marlet::UnfinishedJson {
 /// A file's record with what it is recognised by.
 struct Marked {
     UnfinishedFile file;
-    FileMark mark;
+    FilmMark mark;
     bool operator==(const Marked&) const = default;
 };
 struct Content {
@@ -24,7 +24,7 @@ struct Content {
 /// The record alone, without whether it waits for the queue, which changes more often.
 std::string encode(const UnfinishedFile& file);
 /// One line of the file from such a record.
-std::string line(const std::string& record, const FileMark& mark, bool isQueued);
+std::string line(const std::string& record, const FilmMark& mark, bool isQueued);
 std::string line(const UnfinishedRestore& restore);
 std::string document(const std::vector<std::string>& lines);
 

@@ -20,15 +20,15 @@ namespace {
 /// Beyond so many copies at once a further one keeps nothing.
 constexpr int mostCopies = 16;
 
-std::optional<FileMark> markOf(const std::filesystem::path& file) {
+std::optional<FilmMark> markOf(const std::filesystem::path& file) {
     const auto found = Sys::stat(file);
     if (!found || !found->isRegular) return std::nullopt;
-    return FileMark::of(*found);
+    return FilmMark::of(*found);
 }
 
 }  // namespace
 
-FileMark FileMark::of(const Sys::FileStat& found) {
+FilmMark FilmMark::of(const Sys::FileStat& found) {
     return {found.size, found.inode, found.mtime.time_since_epoch().count()};
 }
 

@@ -51,7 +51,7 @@ public:
 private:
     struct Record {
         std::string text;
-        std::optional<FileMark> mark;  ///< taken when it is first written
+        std::optional<FilmMark> mark;  ///< taken when it is first written
         bool isQueued = false;         ///< was, and hasn't been brought back into the queue yet
     };
     struct Left {
