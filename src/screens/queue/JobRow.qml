@@ -71,26 +71,30 @@ Item {
             text: row.label
             font.weight: Font.DemiBold
         }
-        Words {
-            objectName: "jobHappened"
-            visible: text !== ""
+        // One line where there is room for both.
+        Flow {
+            visible: row.happened !== ""
             width: parent.width
-            text: row.happened
-            color: row.kind === "failed" ? Theme.failed : Theme.ink
-            font.weight: row.damaged ? Font.DemiBold : Font.Normal
-            wrapMode: Text.Wrap
-        }
-        Words {
-            objectName: "jobNext"
-            visible: text !== ""
-            width: parent.width
-            text: row.next
-            kind: row.damaged ? Words.Body : Words.Quiet
-            wrapMode: Text.Wrap
+            spacing: Theme.s1
+            Words {
+                objectName: "jobHappened"
+                width: row.damaged ? parent.width : Math.min(Math.ceil(implicitWidth), parent.width)
+                text: row.happened
+                color: row.kind === "failed" ? Theme.failed : Theme.ink
+                font.weight: row.damaged ? Font.DemiBold : Font.Normal
+                wrapMode: Text.Wrap
+            }
+            Words {
+                objectName: "jobNext"
+                width: Math.min(Math.ceil(implicitWidth), parent.width)
+                text: row.next
+                kind: row.damaged ? Words.Body : Words.Quiet
+                wrapMode: Text.Wrap
+            }
         }
         Words {
             objectName: "jobSecond"
-            visible: text !== ""
+            visible: text !== "" && row.kind !== "cancelled"
             width: parent.width
             text: row.second
             kind: Words.Small
