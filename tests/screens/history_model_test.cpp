@@ -261,7 +261,8 @@ TEST_F(HistoryScreen, APosterThatIsGoneIsLookedForWhereItCameFrom) {
     EXPECT_EQ(cell(1, "poster").toString(), ArtAddress::saved("/elsewhere/b.jpg"));
     EXPECT_EQ(text(1, "otherPoster"), "");
     EXPECT_EQ(cell(2, "poster").toString(), ArtAddress::saved(HistoryPosters::pathFor("/abc.jpg")));
-    EXPECT_EQ(cell(2, "otherPoster").toString(), ArtAddress::remote(std::string("/abc.jpg"), "w342"));
+    EXPECT_EQ(cell(2, "otherPoster").toString(),
+              ArtAddress::remote(std::string("/abc.jpg"), "w342"));
 }
 
 TEST_F(HistoryScreen, ClearingEmptiesThePage) {
