@@ -45,7 +45,7 @@ private:
 /// A list for QML of plain rows. A Row is a Q_GADGET with MEMBER properties, a `QString key` that
 /// no two rows share, and ==. Main context only.
 template <typename Row>
-class RowList : public RowListBase {
+class RowList : public marlet::RowListBase {
 public:
     explicit RowList(QObject* parent = nullptr) : RowListBase(Row::staticMetaObject, parent) {}
 

@@ -7,7 +7,8 @@ namespace marlet {
 
 /// The model behind one screen: what QML binds to and calls. It holds nothing that the
 /// application's model holds; refresh() reads that anew, at most once in a turn of the event loop,
-/// and signals only what differs. Main context only.
+/// and signals only what differs. Main context only. Heirs name it with its namespace: Qt's tools
+/// don't find it otherwise.
 class ScreenPart : public QObject {
     Q_OBJECT
     QML_ANONYMOUS

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
+import QtQuick.Templates as T
 import Marlet
 
 /// Tabs at the left, the chosen tab's page, the inspector at the right. The whole is the place to
@@ -15,6 +16,7 @@ FocusScope {
     signal keysAsked()
 
     focus: true
+    onKeysAsked: sheets.keysAsked()
 
     TabColumn {
         id: tabs
@@ -101,7 +103,7 @@ FocusScope {
     Drawer {
         id: over
         objectName: "inspectorSheet"
-        parent: Overlay.overlay
+        parent: T.Overlay.overlay
         edge: root.LayoutMirroring.enabled ? Qt.LeftEdge : Qt.RightEdge
         width: Math.min(360, root.width - 48)
         height: parent ? parent.height : 0
@@ -110,7 +112,7 @@ FocusScope {
         readonly property bool wanted: !root.wide && root.showsInspector
         onWantedChanged: wanted ? open() : close()
         onClosed: if (wanted) App.inspectorShown = false
-        Overlay.modal: Rectangle { color: Theme.shade }
+        T.Overlay.modal: Rectangle { color: Theme.shade }
         background: Rectangle { color: Theme.window }
         Loader {
             anchors.fill: parent
@@ -153,5 +155,5 @@ FocusScope {
     }
 
     MatchPickerView {}
-    Sheets { root: root }
+    Sheets { id: sheets }
 }

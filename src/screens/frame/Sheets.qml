@@ -5,16 +5,14 @@ import Marlet
 Item {
     id: sheets
 
-    required property RootView root
+    /// Asks for the sheet of keys.
+    signal keysAsked()
+    onKeysAsked: keys.open()
 
     Connections {
         target: App
         function onSettingsAsked() { settings.open(); }
         function onAboutAsked() { about.open(); }
-    }
-    Connections {
-        target: sheets.root
-        function onKeysAsked() { keys.open(); }
     }
     SettingsView { id: settings; objectName: "settingsSheet" }
     AboutView { id: about; objectName: "aboutSheet" }

@@ -6,11 +6,14 @@ import Marlet
 AbstractButton {
     id: tab
 
+    property int page
     property string name
     property string glyph
     property string count
-    property bool on: false
+    readonly property bool on: App.tab === page
 
+    width: parent ? parent.width : 0
+    onClicked: App.tab = page
     implicitHeight: Theme.px(48)
     padding: Theme.s2
     Accessible.role: Accessible.PageTab

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
+import QtQuick.Templates as T
 import Marlet
 
 /// A question with two answers. Escape and Return give the one that changes nothing unless the
@@ -22,7 +23,7 @@ Popup {
         answered(yes);
     }
 
-    parent: Overlay.overlay
+    parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(440, (parent ? parent.width : 440) - 2 * Theme.s6)
     modal: true
@@ -32,7 +33,7 @@ Popup {
     onAboutToShow: told = false
     onOpened: reject.forceActiveFocus(Qt.TabFocusReason)
     onClosed: answer(false)
-    Overlay.modal: Rectangle { color: Theme.shade }
+    T.Overlay.modal: Rectangle { color: Theme.shade }
 
     background: Rectangle {
         color: Theme.dark ? Theme.card : Theme.window

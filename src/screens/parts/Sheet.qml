@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Controls.Basic
+import QtQuick.Templates as T
 import Marlet
 
 /// A page over the window: a title, something to fill in, buttons at the bottom right. Escape
@@ -13,7 +14,7 @@ Popup {
     property int mostWidth: 720
     property int mostHeight: 560
 
-    parent: Overlay.overlay
+    parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(mostWidth, (parent ? parent.width : mostWidth) - 2 * Theme.s6)
     height: Math.min(mostHeight, (parent ? parent.height : mostHeight) - 2 * Theme.s6)
@@ -21,7 +22,7 @@ Popup {
     focus: true
     padding: 0
     closePolicy: Popup.CloseOnEscape
-    Overlay.modal: Rectangle { color: Theme.shade }
+    T.Overlay.modal: Rectangle { color: Theme.shade }
     enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.motion } }
     exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.motion } }
 

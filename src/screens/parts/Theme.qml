@@ -18,7 +18,7 @@ QtObject {
     readonly property color accent: dark ? "#4FB7BA" : "#0B6E72"
     readonly property color accentInk: dark ? "#10201F" : "#FFFFFF"
     readonly property color ready: dark ? "#6CC08B" : "#2E7D4F"
-    readonly property color look: dark ? "#E3B341" : "#9A6700"
+    readonly property color look: dark ? "#E3B341" : "#946200"
     readonly property color failed: dark ? "#F2857C" : "#B3261E"
     readonly property color hairline: tint(ink, 0.12)
     readonly property color hover: tint(ink, 0.04)

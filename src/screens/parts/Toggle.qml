@@ -10,7 +10,7 @@ Switch {
     signal switched(bool on)
 
     padding: 0
-    spacing: Theme.s3
+    spacing: text === "" ? 0 : Theme.s3
     font.family: Theme.family
     font.pixelSize: Theme.body
     Accessible.name: text

@@ -1,0 +1,134 @@
+import QtQuick
+import QtTest
+import Marlet
+import MarletTest
+
+Item {
+    width: 1180
+    height: 760
+
+    RootView { id: root; anchors.fill: parent }
+    Shortcuts { root: root }
+
+    SignalSpy { id: files; target: root; signalName: "filesAsked" }
+    SignalSpy { id: keys; target: root; signalName: "keysAsked" }
+
+    TestCase {
+        id: tests
+        name: "Frame"
+        when: windowShown
+
+        function init() {
+            Stage.clear();
+            files.clear();
+            keys.clear();
+        }
+
+        function test_tabs_show_their_counts_and_open_by_click_and_by_key() {
+            Stage.place([{ name: "Charade (1963).mp4", title: "Charade", year: 1963 }]);
+            Stage.addHistory([{ title: "Sintel" }]);
+            compare(App.reviewCount, "1 ready");
+            compare(App.historyCount, "1 item");
+            compare(App.queueCount, "");
+            mouseClick(findChild(root, "tab1"));
+            compare(App.tab, 1);
+            verify(findChild(root, "queueView").visible);
+            keyClick(Qt.Key_3, Qt.ControlModifier);
+            compare(App.tab, 2);
+            keyClick(Qt.Key_1, Qt.ControlModifier);
+            compare(App.tab, 0);
+            verify(findChild(root, "reviewView").visible);
+        }
+
+        function test_counts_follow_the_words() {
+            Stage.addHistory([{ title: "Sintel" }, { title: "Charade" }]);
+            compare(App.historyCount, "2 items");
+            Stage.queueJobs(["a.mp4", "b.mp4"]);
+            compare(App.queueCount, "2 waiting");
+        }
+
+        function test_add_and_inspector_by_button_and_key() {
+            mouseClick(findChild(root, "addButton"));
+            compare(files.count, 1);
+            keyClick(Qt.Key_O, Qt.ControlModifier);
+            compare(files.count, 2);
+            verify(!App.inspectorShown);
+            mouseClick(findChild(root, "inspectorButton"));
+            verify(App.inspectorShown);
+            keyClick(Qt.Key_I, Qt.ControlModifier | Qt.AltModifier);
+            verify(!App.inspectorShown);
+        }
+
+        function test_a_notice_stays_until_it_is_closed() {
+            Stage.setNotice("Marlet finished a file that was interrupted.");
+            const bar = findChild(root, "notice");
+            verify(bar.visible);
+            mouseClick(findChild(bar, "noticeClose"));
+            tryVerify(() => !bar.visible);
+            compare(App.notice, "");
+        }
+
+        function test_a_toast_passes() {
+            Stage.say("Added to Queue");
+            const toast = findChild(root, "toast");
+            tryVerify(() => toast.visible);
+            compare(App.toast, "Added to Queue");
+            tryVerify(() => !toast.visible, 8000);
+        }
+
+        function test_clearing_history_asks_first() {
+            Stage.addHistory([{ title: "Sintel" }]);
+            App.askToClearHistory();
+            const question = findChild(root, "clearHistory");
+            tryVerify(() => question.opened);
+            compare(App.tab, 2);
+            compare(question.title, "Clear all history?");
+            compare(question.message, "This removes every entry from History. It can't be undone. Your movie and TV files aren't affected.");
+            compare(question.acceptText, "Clear History");
+            compare(question.rejectText, "Cancel");
+            keyClick(Qt.Key_Escape);
+            tryVerify(() => !question.visible);
+            compare(Stage.historyCount(), 1);
+            verify(!App.askClearHistory);
+            App.askToClearHistory();
+            tryVerify(() => question.opened);
+            mouseClick(findChild(question.contentItem, "questionAccept"));
+            tryVerify(() => Stage.historyCount() === 0);
+        }
+
+        function test_the_window_is_one_place_to_drop() {
+            const area = findChild(root, "dropArea");
+            compare(area.width, root.width);
+            compare(area.height, root.height);
+        }
+
+        function contrast(a, b) {
+            function light(c) {
+                const part = v => v <= 0.03928 ? v / 12.92 : Math.pow((v + 0.055) / 1.055, 2.4);
+                return 0.2126 * part(c.r) + 0.7152 * part(c.g) + 0.0722 * part(c.b);
+            }
+            const x = light(a), y = light(b);
+            return (Math.max(x, y) + 0.05) / (Math.min(x, y) + 0.05);
+        }
+        function over(top, base) {
+            return Qt.rgba(top.r * top.a + base.r * (1 - top.a), top.g * top.a + base.g * (1 - top.a),
+                           top.b * top.a + base.b * (1 - top.a), 1);
+        }
+        function test_text_and_symbols_stand_out_in_both_palettes_data() {
+            return [{ tag: "Light" }, { tag: "Dark" }];
+        }
+        function test_text_and_symbols_stand_out_in_both_palettes(data) {
+            Stage.setSetting("appearance", data.tag);
+            compare(Theme.dark, data.tag === "Dark");
+            for (const ground of ["window", "card", "raised"]) {
+                for (const role of ["ink", "quiet", "accent", "ready", "look", "failed"]) {
+                    const found = contrast(Theme[role], Theme[ground]);
+                    verify(found >= 4.5, role + " on " + ground + " " + found.toFixed(2));
+                }
+            }
+            verify(contrast(Theme.accentInk, Theme.accent) >= 4.5);
+            verify(contrast(Theme.ink, over(Theme.selected, Theme.window)) >= 4.5);
+            verify(contrast(Theme.quiet, over(Theme.selected, Theme.window)) >= 4.5);
+        }
+    }
+}
