@@ -23,7 +23,7 @@ Item {
     signal menuWanted(real x, real y)
 
     objectName: "item"
-    implicitHeight: 64
+    implicitHeight: Math.max(64, Theme.px(64))
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
     Accessible.selectable: true

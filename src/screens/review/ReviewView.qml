@@ -63,7 +63,6 @@ FocusScope {
                 left: parent.left; right: parent.right; top: scan.bottom; bottom: locked.top
                 leftMargin: Theme.s2; rightMargin: 2
             }
-            readonly property int rowHeight: Math.max(64, Theme.px(64))
             clip: true
             focus: true
             activeFocusOnTab: true
@@ -77,7 +76,7 @@ FocusScope {
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Films and seasons in Review")
             Keys.onPressed: event => {
-                const page = Math.floor(list.height / list.rowHeight);
+                const page = list.currentItem ? Math.floor(list.height / list.currentItem.height) : 1;
                 event.accepted = App.review.press(event.key, event.modifiers, page);
             }
             ScrollBar.vertical: ScrollHandle {}
@@ -85,9 +84,8 @@ FocusScope {
             delegate: ItemRow {
                 id: line
 
-                width: list.width - Theme.s3
-                height: list.rowHeight
-                current: list.activeFocus && line.index === App.review.current
+                width: ListView.view.width - Theme.s3
+                current: ListView.isCurrentItem && ListView.view.activeFocus
                 onPicked: modifiers => {
                     list.forceActiveFocus(Qt.MouseFocusReason);
                     App.review.click(line.index, modifiers);
