@@ -47,7 +47,7 @@ Item {
     }
     Words {
         id: label
-        width: Math.max(Theme.px(28), implicitWidth)
+        width: Math.max(Theme.px(row.number.length > 3 ? 56 : 28), implicitWidth)
         anchors { left: parent.left; leftMargin: Theme.s2; verticalCenter: parent.verticalCenter }
         text: row.number
         kind: Words.Quiet

@@ -19,7 +19,7 @@ FocusScope {
     }
 
     readonly property string query: show.words
-    onQueryChanged: if (query === "" && words.text !== "" && !words.activeFocus) words.text = ""
+    onQueryChanged: if (!words.activeFocus && words.text.trim() !== query) words.text = query
 
     RowLayout {
         id: head

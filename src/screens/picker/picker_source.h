@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -60,6 +61,8 @@ public:
                                     CancelToken cancel) = 0;
 
     static std::unique_ptr<PickerSource> make(SourceID id, AppModel& model);
+    /// Set before the screens are made, it makes them in place of the real ones.
+    static std::function<std::unique_ptr<PickerSource>(SourceID)> instead;
 };
 
 }  // namespace marlet

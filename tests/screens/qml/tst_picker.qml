@@ -116,9 +116,11 @@ TestCase {
         click("notListed");
         verify(hand.open);
         compare(sheet.title, "Tag it by hand");
+        tryVerify(() => part("pickerQuery") === null);  // the page before goes with the event loop
         keyClick(Qt.Key_Escape);
         verify(!hand.open);
         verify(show.open);
+        tryVerify(() => part("handTitle") === null);
         keyClick(Qt.Key_Escape);
         verify(!show.open);
         verify(App.picker.open);
