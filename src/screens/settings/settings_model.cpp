@@ -113,9 +113,12 @@ void SettingsModel::setNotifyAtEnd(bool on) {
 }
 
 QString SettingsModel::folder() const {
-    const QString path = toQt(shown_.folder);
-    QString home = toQt(Paths::homeDir());
-    if (home.endsWith(QLatin1Char('/'))) home.chop(1);
+    const auto bare = [](QString path) {
+        if (path.size() > 1 && path.endsWith(QLatin1Char('/'))) path.chop(1);
+        return path;
+    };
+    const QString path = bare(toQt(shown_.folder));
+    const QString home = bare(toQt(Paths::homeDir()));
     if (path == home) return QStringLiteral("~");
     if (!home.isEmpty() && path.startsWith(home + QLatin1Char('/')))
         return QLatin1Char('~') + path.mid(home.size());
