@@ -44,8 +44,8 @@ ListView {
     Keys.onSpacePressed: (currentItem as SourceLine)?.flip()
 
     delegate: SourceLine {
-        width: sources.width
-        height: sources.rowHeight
-        list: sources
+        width: ListView.view ? ListView.view.width : 0
+        height: Theme.px(44)
+        list: ListView.view as SourceList
     }
 }
