@@ -28,37 +28,39 @@ namespace {
 
 using namespace std::chrono_literals;
 
-void take(Stage& stage, QQuickWindow& window, const Scene& scene, const std::string& look,
-          QSize size, const std::filesystem::path& folder) {
+/// Each picture has a window of its own: what an earlier one left open would lie over it.
+bool take(const Scene& scene, const std::string& look, QSize size,
+          const std::filesystem::path& folder) {
+    Stage stage;
+    QQmlApplicationEngine engine;
+    stage.qmlEngineAvailable(&engine);
     stage.clear();
     stage.setSetting(QStringLiteral("appearance"), toQt(look));
-    window.resize(size);
+    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Marlet/frame/MainWindow.qml")));
+    if (engine.rootObjects().isEmpty()) return false;
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    window->resize(size);
     scene.set(stage);
     stage.settle();
     // Pictures and motions come in their own time.
     Async::wait(Async::sleep(600ms));
     const std::string file =
         scene.name + "-" + (look == "Dark" ? "dark" : "light") + "-" + std::to_string(size.width());
-    window.grabWindow().save(toQt(folder / (file + ".png")));
+    window->grabWindow().save(toQt(folder / (file + ".png")));
     std::printf("%s\n", file.c_str());
     std::fflush(stdout);
+    stage.clear();
+    return true;
 }
 
 int run(const std::filesystem::path& folder, const std::string& part) {
-    Stage stage;
-    QQmlApplicationEngine engine;
-    stage.qmlEngineAvailable(&engine);
-    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Marlet/frame/MainWindow.qml")));
-    if (engine.rootObjects().isEmpty()) return 1;
-    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
     std::filesystem::create_directories(folder);
     for (const Scene& scene : Scene::all()) {
         if (scene.name.find(part) == std::string::npos) continue;
         for (const std::string look : {"Light", "Dark"})
             for (const QSize size : {QSize(720, 640), QSize(1440, 900)})
-                take(stage, *window, scene, look, size, folder);
+                if (!take(scene, look, size, folder)) return 1;
     }
-    stage.clear();
     return 0;
 }
 
