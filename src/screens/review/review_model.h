@@ -31,7 +31,7 @@ public:
 /// What Review shows: the rows, their states, the search and the filter, the action bar, how far a
 /// scan is, and what is left from an earlier run. Several rows can be selected; the current one is
 /// the application's selection.
-class ReviewModel : public ScreenPart {
+class ReviewModel : public marlet::ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")
