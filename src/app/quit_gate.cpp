@@ -64,6 +64,7 @@ QuitGate::~QuitGate() {
 void QuitGate::requestQuit() {
     tryToEnd();
     poll_.start();
+    if (onWait) onWait();
 }
 
 void QuitGate::tryToEnd() {

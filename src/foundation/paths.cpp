@@ -31,6 +31,10 @@ fs::path baseDir(const char* variable, const char* belowHome) {
 
 }  // namespace
 
+std::string applicationID() {
+    return MARLET_APP_ID;
+}
+
 std::string folderName() {
     return folderName(MARLET_APP_ID);
 }

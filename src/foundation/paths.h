@@ -9,6 +9,8 @@ namespace marlet {
 /// directories; a relative value counts as unset), none is created here.
 namespace Paths {
 
+/// What the desktop knows the program by: its desktop entry has this name and ".desktop".
+std::string applicationID();
 /// "Marlet", or "Marlet Dev" / "Marlet Fresh" for an application identifier that ends in
 /// ".dev" / ".fresh", so that a test build never touches a real History.
 std::string folderName();

@@ -45,6 +45,7 @@ void quitWhileAFileIsChanged(void (*ask)(QuitGate&)) {
     });
     job.detach();
     entered.get_future().wait();
+    gate.onWait = [] { std::fputs("told, ", stderr); };
     ask(gate);
     std::fputs("later, ", stderr);
     refused.set_value();
@@ -59,11 +60,11 @@ void quitWithAJobOutsideItsCriticalSection() {
     QCoreApplication::exec();
 }
 
-TEST(QuitGateDeathTest, QuittingDuringACriticalSectionWaitsAndThenTheProgramEndsByItself) {
+TEST(QuitGateDeathTest, QuittingDuringACriticalSectionWaitsSaysSoAndThenTheProgramEndsByItself) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     for (const auto ask : {askByItself, askBySignal})
         EXPECT_EXIT(quitWhileAFileIsChanged(ask), testing::ExitedWithCode(0),
-                    "^later, the file is complete$");
+                    "^told, later, the file is complete$");
 }
 
 void closeTheTerminal() {

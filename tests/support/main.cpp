@@ -16,6 +16,9 @@ int main(int argc, char** argv) {
     setenv("MARLET_TMDB_IMAGES", "http://127.0.0.1:9", 1);
     setenv("MARLET_APPLE_TV_API", "http://127.0.0.1:9/uts/v3/", 1);
     setenv("MARLET_ITUNES_API", "http://127.0.0.1:9/", 1);
+    // Nor the person's desktop.
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/dev/null", 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/dev/null", 1);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,6 +1,7 @@
 #include "support/private_keyring.h"
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <sstream>
 #include <stdexcept>
@@ -11,23 +12,6 @@ namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* daemon = "/usr/bin/dbus-daemon";
-
-/// Nothing of the machine's is started on it: it knows no services but those that come by.
-constexpr const char* configuration = R"(<!DOCTYPE busconfig PUBLIC
- "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:path=%PATH%</listen>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
 
 void waitUntil(const std::function<bool()>& reached, const std::string& what) {
     for (int i = 0; i < 30000; i++) {
@@ -47,28 +31,20 @@ bool isInstalled(const std::string& library) {
 }  // namespace
 
 std::optional<std::string> PrivateKeyring::missing() {
-    if (!fs::exists(daemon)) return "no dbus-daemon on this machine";
+    if (const auto why = PrivateBus::missing()) return why;
     if (!isInstalled("libsecret-1.so.0")) return "no libsecret on this machine";
     return std::nullopt;
 }
 
 PrivateKeyring::PrivateKeyring(const std::vector<std::string>& arguments) {
-    const fs::path socket = folder_ / "bus";
-    std::string text = configuration;
-    text.replace(text.find("%PATH%"), 6, socket.string());
-    const fs::path file = folder_.write("bus.conf", std::string_view(text));
-    bus_ = std::make_unique<Process>(
-        daemon,
-        std::vector<std::string>{"--config-file=" + file.string(), "--nofork", "--nopidfile"});
-    waitUntil([&] { return fs::exists(socket) || bus_->hasEnded(); }, "no message bus");
     keyring_ = std::make_unique<Process>(builtProgram("secret_service"), arguments, environment());
     waitUntil([&] { return !calls().empty() || keyring_->hasEnded(); }, "no keyring");
     if (keyring_->hasEnded())
-        throw std::runtime_error("no keyring: " + keyring_->errors() + bus_->errors());
+        throw std::runtime_error("no keyring: " + keyring_->errors() + bus_.errors());
 }
 
 std::map<std::string, std::string> PrivateKeyring::environment() const {
-    return {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "bus").string()}};
+    return {{"DBUS_SESSION_BUS_ADDRESS", bus_.address()}};
 }
 
 std::vector<std::string> PrivateKeyring::calls() const {

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/private_bus.h"
 #include "support/process.h"
-#include "support/temp_folder.h"
 
 namespace marlet::test {
 
@@ -28,8 +27,7 @@ public:
     std::vector<std::string> calls() const;
 
 private:
-    TempFolder folder_;
-    std::unique_ptr<Process> bus_;
+    PrivateBus bus_;
     std::unique_ptr<Process> keyring_;
 };
 

@@ -3,9 +3,10 @@
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QGuiApplication>
+#include <QPalette>
+#include <QWindow>
 #include <algorithm>
 
-#include "app/app_model.h"
 #include "app/settings.h"
 #include "screens/desktop/file_manager.h"
 
@@ -15,19 +16,45 @@ namespace {
 
 constexpr qreal usualTextPixels = 13;
 
+bool othersAreDark() {
+    const QPalette palette = QGuiApplication::palette();
+    return palette.color(QPalette::Window).lightness() <
+           palette.color(QPalette::WindowText).lightness();
+}
+
 }  // namespace
 
-DesktopModel::DesktopModel(AppModel& model, QObject* parent) : ScreenPart(parent), model_(model) {
+DesktopModel::DesktopModel(AppModel& model, QObject* parent)
+    : ScreenPart(parent), portal_(QDBusConnection::sessionBus()), run_(model) {
     const QString inter = QStringLiteral("Inter");
     family_ = QFontDatabase::hasFamily(inter) ? inter : QGuiApplication::font().family();
+    connect(&portal_, &SettingsPortal::changed, this, &DesktopModel::refresh);
+    connect(&run_, &RunWatch::queueAsked, this, [this] {
+        for (QWindow* window : QGuiApplication::topLevelWindows()) {
+            if (!window->isVisible()) continue;
+            window->raise();
+            window->requestActivate();
+        }
+        Q_EMIT queueAsked();
+    });
     refresh();
 }
 
 void DesktopModel::refresh() {
     const qreal pixels = QFontInfo(QGuiApplication::font()).pixelSize();
     const bool scaled = take(textScale_, std::clamp(pixels / usualTextPixels, 0.8, 2.0));
-    const bool shaded = take(dark_, Settings::appearance() == Settings::Appearance::dark);
-    if (scaled || shaded) Q_EMIT looksChanged();
+    const bool wanted = posedDark_.value_or(
+        SettingsPortal::isDark(Settings::effectiveAppearance(), portal_.scheme(), othersAreDark()));
+    const bool shaded = take(dark_, wanted);
+    const bool calmed = take(reducedMotion_, posed_ || portal_.isCalm());
+    if (scaled || shaded || calmed) Q_EMIT looksChanged();
+    run_.refresh();
+}
+
+void DesktopModel::pose(std::optional<bool> dark) {
+    posed_ = true;
+    posedDark_ = dark;
+    refresh();
 }
 
 void DesktopModel::showInFolder(const QStringList& paths) {

@@ -3,8 +3,11 @@
 #include <QtQml/qqmlregistration.h>
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 #include "screens/base/screen_part.h"
+#include "screens/desktop/run_watch.h"
+#include "screens/desktop/settings_portal.h"
 
 namespace marlet {
 
@@ -12,7 +15,7 @@ class AppModel;
 
 /// What the desktop does for the program and the program for the desktop: its colours, sleep,
 /// notifications, the task bar, the file manager.
-class DesktopModel : public ScreenPart {
+class DesktopModel : public marlet::ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")
@@ -31,12 +34,19 @@ public:
     QString family() const { return family_; }
     /// The file manager opens with these files selected.
     Q_INVOKABLE void showInFolder(const QStringList& paths);
+    /// For pictures: this look whatever is set, and nothing moves. Nothing ends it.
+    void pose(std::optional<bool> dark);
 
 Q_SIGNALS:
     void looksChanged();
+    /// A click on the message about a run's end: the window has come to the front.
+    void queueAsked();
 
 private:
-    AppModel& model_;
+    SettingsPortal portal_;
+    RunWatch run_;
+    std::optional<bool> posedDark_;
+    bool posed_ = false;
     bool dark_ = false;
     qreal textScale_ = 1;
     bool reducedMotion_ = false;

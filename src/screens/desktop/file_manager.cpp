@@ -1,6 +1,5 @@
 #include "screens/desktop/file_manager.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDesktopServices>
@@ -9,7 +8,7 @@
 
 namespace marlet::FileManager {
 
-void show(const QStringList& paths) {
+void show(const QStringList& paths, const QDBusConnection& bus) {
     if (paths.isEmpty()) return;
     QStringList addresses;
     for (const QString& path : paths)
@@ -19,8 +18,7 @@ void show(const QStringList& paths) {
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     call << addresses << QString();
-    auto* const watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call));
+    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call));
     const QUrl folder = QUrl::fromLocalFile(QFileInfo(paths.first()).path());
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, folder] {
         if (watcher->isError()) QDesktopServices::openUrl(folder);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QStringList>
 
 namespace marlet {
@@ -9,7 +10,7 @@ namespace FileManager {
 
 /// Opens the files' folders with the files selected (org.freedesktop.FileManager1); where no file
 /// manager knows that, the folder of the first one. Waits for nobody.
-void show(const QStringList& paths);
+void show(const QStringList& paths, const QDBusConnection& bus = QDBusConnection::sessionBus());
 
 }  // namespace FileManager
 }  // namespace marlet

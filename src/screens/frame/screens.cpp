@@ -37,11 +37,17 @@ Screens::Screens(AppModel& model, QuitGate& gate, QObject* parent)
     soon_.setSingleShot(true);
     connect(&soon_, &QTimer::timeout, this, [this] { refreshNow(); });
     model_.onChanged = [this] { refreshSoon(); };
+    gate_.onWait = [this] {
+        quitWaits_ = true;
+        Q_EMIT changed();
+    };
+    connect(desktop_, &DesktopModel::queueAsked, this, [this] { setTab(1); });
     refreshNow();
 }
 
 Screens::~Screens() {
     model_.onChanged = nullptr;
+    gate_.onWait = nullptr;
     living = nullptr;
 }
 
@@ -151,9 +157,15 @@ void Screens::checkForUpdates() {
 }
 
 void Screens::quit() {
-    quitWaits_ = RunControl::criticalActive();
-    Q_EMIT changed();
     gate_.requestQuit();
+}
+
+void Screens::endSession(const std::function<void()>& askToWait) {
+    model_.keepUnfinished();
+    // Otherwise whoever ends the session ends the program as well, or changes their mind.
+    if (!RunControl::criticalActive()) return;
+    askToWait();
+    quit();
 }
 
 }  // namespace marlet

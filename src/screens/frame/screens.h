@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QTimer>
 #include <QUrl>
+#include <functional>
 #include <vector>
 
 #include "screens/base/screen_part.h"
@@ -91,6 +92,9 @@ public:
     Q_INVOKABLE void checkForUpdates();
     /// The window's close button and Quit. The program ends now, or when no file is being changed.
     Q_INVOKABLE void quit();
+    /// The session ends. Work that waits is kept now; the session itself is asked to wait only
+    /// while a file is being changed.
+    void endSession(const std::function<void()>& askToWait);
     /// Reads the model anew at once instead of at the end of this turn.
     void refreshNow();
 
