@@ -200,6 +200,7 @@ public:
     bool askClearHistory = false;
     int openSettingsTick = 0;
     bool forceEmptyHistory = false;
+    HistoryList::Shared sampleEntry;  ///< shown above History's own, for pictures; may be null
     std::set<std::string> historyOpen;
     std::optional<Path> matchPickerURL;
 

@@ -54,7 +54,9 @@ bool writeAnyReport(AppModel& model, const Options& options) {
                               : writeReport(*options.report, model);
 }
 
-Task<RunEnd> runScan(AppModel& model, Options options) {
+Task<RunEnd> runScan(AppModel& model, Options options, Shots* shots) {
+    auto showing = takeIfAny(shots, Shots::Moment::empty);
+    const bool isShown = co_await showing;
     trace(options, "adding " + std::to_string(options.scan.size()) + " roots");
     model.add(options.scan);
     auto scanning = waitForScan(model);
@@ -69,12 +71,14 @@ Task<RunEnd> runScan(AppModel& model, Options options) {
         lines->found(file);
         if (!file.verdict.isCertain()) end = worse(end, RunEnd::needsLook);
     }
-    if (!writeAnyReport(model, options)) end = RunEnd::failed;
+    auto showingAll = takeIfAny(shots, Shots::Moment::reviewed);
+    const bool areAllShown = co_await showingAll;
+    if (!writeAnyReport(model, options) || !isShown || !areAllShown) end = RunEnd::failed;
     co_return end;
 }
 
-Task<RunEnd> runTag(AppModel& model, Options options) {
-    auto running = runTagTest(model, options);
+Task<RunEnd> runTag(AppModel& model, Options options, Shots* shots) {
+    auto running = runTagTest(model, options, shots);
     const RunEnd end = co_await running;
     co_return isAnyMissing(options.tag) ? RunEnd::failed : end;
 }
@@ -113,8 +117,20 @@ Task<RunEnd> runVirtually(Options options) {
     co_return isDone ? RunEnd::done : RunEnd::failed;
 }
 
+/// Pictures of About, or of what there is without any file.
+Task<RunEnd> runPictures(Shots* shots, std::vector<Shots::Moment> moments) {
+    RunEnd end = RunEnd::done;
+    for (const Shots::Moment moment : moments) {
+        auto taking = takeIfAny(shots, moment);
+        const bool isTaken = co_await taking;
+        if (!isTaken) end = RunEnd::failed;
+    }
+    co_return end;
+}
+
 /// The first mode that was asked for; nothing for none.
-std::optional<Task<RunEnd>> modeOf(AppModel& model, const Options& options) {
+std::optional<Task<RunEnd>> modeOf(AppModel& model, const Options& options, Shots* shots) {
+    using enum Shots::Moment;
     if (options.restoreLastBatch) return restoreLastBatch(model, options);
     if (options.playable)
         return runDiagnosis([options] { return Playable::account(*options.playable); },
@@ -125,8 +141,10 @@ std::optional<Task<RunEnd>> modeOf(AppModel& model, const Options& options) {
         return runDiagnosis([options] { return mkvAccount(*options.mkvIn); }, "duration ");
     if (options.testKey) return testKey();
     if (options.virtualMap) return runVirtually(options);
-    if (!options.tag.empty()) return runTag(model, options);
-    if (!options.scan.empty()) return runScan(model, options);
+    if (options.shots.ofAbout()) return runPictures(shots, {about});
+    if (!options.tag.empty()) return runTag(model, options, shots);
+    if (!options.scan.empty()) return runScan(model, options, shots);
+    if (options.shots.any()) return runPictures(shots, {empty, reviewed});
     return std::nullopt;
 }
 
@@ -139,23 +157,33 @@ Task<> waitForScan(AppModel& model) {
     }
 }
 
+Task<bool> takeIfAny(Shots* shots, Shots::Moment moment) {
+    if (shots == nullptr) co_return true;
+    auto taking = shots->take(moment);
+    const bool isTaken = co_await taking;
+    co_return isTaken;
+}
+
 bool endsTheProgram(const Options& options) {
     const bool works = !options.tag.empty() || !options.scan.empty();
     const bool looks = options.restoreLastBatch || options.playable || options.audioTest ||
                        options.mkvIn || options.testKey || options.virtualMap;
-    return looks || (works ? options.quit : options.historyCsv.has_value());
+    if (looks) return true;
+    if (options.shots.ofAbout()) return !options.shots.keepOpen;
+    if (works) return options.quit;
+    return options.historyCsv || (options.shots.any() && !options.shots.keepOpen);
 }
 
 std::unique_ptr<RunLines> runLines(const Options& options) {
     return options.json ? RunLines::inJson() : RunLines::inWords();
 }
 
-Task<Run> runIfRequested(AppModel& model, Options options) {
+Task<Run> runIfRequested(AppModel& model, Options options, Shots* shots) {
     trace(options, "entered");
     applyForTheRun(options);
     std::optional<ConsoleProgress> progress;
     if (options.progress || ConsoleProgress::isWanted()) progress.emplace(model);
-    auto mode = modeOf(model, options);
+    auto mode = modeOf(model, options, shots);
     Run run{.end = endsTheProgram(options)};
     if (mode) {
         const RunEnd ended = co_await *mode;

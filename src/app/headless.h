@@ -8,6 +8,7 @@
 
 #include "app/app_model.h"
 #include "app/run_lines.h"
+#include "app/shot_options.h"
 #include "sources/async.h"
 
 namespace marlet {
@@ -54,6 +55,7 @@ struct Options {
     bool roundtrip = false;
     bool json = false;        ///< a scan and a write print JSON, one object a line
     bool strictExit = false;  ///< the exit status tells how it went
+    ShotOptions shots;
     /// Arguments that are no options: files handed over by the desktop.
     std::vector<std::filesystem::path> files;
 };
@@ -77,8 +79,20 @@ bool writeReport(const std::filesystem::path& to, const AppModel& model);
 /// Takes the pictures that the options ask for; the screens' part of a scripted run.
 class Shots {
 public:
+    /// When in a run there is something to see.
+    enum class Moment {
+        empty,     ///< nothing has been added yet
+        reviewed,  ///< what was added is judged
+        queued,    ///< the queue is about to start
+        written,   ///< it has ended
+        about,     ///< at any time: About alone
+    };
     virtual ~Shots() = default;
+    /// False when one of them couldn't be saved.
+    virtual Task<bool> take(Moment moment) = 0;
 };
+/// The same where there may be no windows: then nothing is taken, and nothing has failed.
+Task<bool> takeIfAny(Shots* shots, Shots::Moment moment);
 
 /// A write or a scan leaves the program open unless "--quit" was given, and so does a run without
 /// a mode; every other mode ends it.
@@ -88,7 +102,7 @@ struct Run {
     RunEnd ended = RunEnd::done;
 };
 /// Performs at most one mode.
-Task<Run> runIfRequested(AppModel& model, Options options);
+Task<Run> runIfRequested(AppModel& model, Options options, Shots* shots = nullptr);
 /// Words, or JSON with "--json".
 std::unique_ptr<RunLines> runLines(const Options& options);
 
@@ -99,7 +113,7 @@ std::string audioTest(const std::filesystem::path& wav);
 /// What becomes of a file in a conversion, in one line.
 std::string planLine(const ConvertPlan& plan);
 
-Task<RunEnd> runTagTest(AppModel& model, Options options);
+Task<RunEnd> runTagTest(AppModel& model, Options options, Shots* shots = nullptr);
 Task<RunEnd> restoreLastBatch(AppModel& model, Options options);
 /// Ends when the model has no scan under way.
 Task<> waitForScan(AppModel& model);

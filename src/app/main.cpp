@@ -25,7 +25,7 @@ using namespace marlet;
 
 /// What a launch does once, in this order: take the files that were handed over, finish an
 /// interrupted write before anything can be queued, clear what dead jobs left, run what was asked.
-Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options) {
+Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options, Front* front) {
     if (!options.files.empty()) model.add(options.files);
     if (const auto message = TagWriter::recoverInterruptedWrite()) {
         model.notice = *message;
@@ -35,17 +35,18 @@ Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options) {
     Updater::start();
     auto opening = model.openUnfinished();
     co_await opening;
-    auto running = Headless::runIfRequested(model, options);
+    Headless::Shots* const shots = front == nullptr ? nullptr : front->shots();
+    auto running = Headless::runIfRequested(model, options, shots);
     const Headless::Run run = co_await running;
     co_return run;
 }
 
-Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options, bool hasWindow) {
+Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options, Front* front) {
     Headless::Run run{.end = Headless::endsTheProgram(options), .ended = RunEnd::failed};
     // Until all is done it isn't, whatever ends the program.
     if (options.strictExit) gate.setStatus(static_cast<int>(RunEnd::failed));
     try {
-        auto steps = launchSteps(model, options);
+        auto steps = launchSteps(model, options, front);
         run = co_await steps;
     } catch (const std::exception& failure) {
         // Nobody sits there to end a scripted run that went wrong.
@@ -53,7 +54,7 @@ Task<> launch(AppModel& model, QuitGate& gate, Headless::Options options, bool h
     }
     if (options.strictExit) gate.setStatus(static_cast<int>(run.ended));
     if (run.end) gate.requestQuit();
-    if (!hasWindow && !RunMode::automated() && ConsoleProgress::isWanted())
+    if (front == nullptr && !RunMode::automated() && ConsoleProgress::isWanted())
         std::fputs(
             "Marlet finds no display to open its window on. Try: marlet --scan FOLDER --report "
             "FILE --quit\n"
@@ -81,7 +82,7 @@ int main(int argc, char** argv) {
     const auto front = Front::make(model, gate, options);
     if (front) front->open();
     QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [&] { launch(model, gate, options, front != nullptr); },
+        QCoreApplication::instance(), [&] { launch(model, gate, options, front.get()); },
         Qt::QueuedConnection);
     return QCoreApplication::exec();
 }

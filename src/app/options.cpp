@@ -13,8 +13,11 @@ using Flag = bool Options::*;
 using One = std::optional<std::filesystem::path> Options::*;
 using Paths = std::vector<std::filesystem::path> Options::*;
 using Texts = std::vector<std::string> Options::*;
+using ShotFlag = bool ShotOptions::*;
+using ShotPath = std::optional<std::filesystem::path> ShotOptions::*;
+using ShotText = std::optional<std::string> ShotOptions::*;
 /// Where an option puts what it was given.
-using Target = std::variant<Flag, One, Paths, Texts>;
+using Target = std::variant<Flag, One, Paths, Texts, ShotFlag, ShotPath, ShotText>;
 
 const std::map<std::string, Target>& targets() {
     static const std::map<std::string, Target> table = {
@@ -46,6 +49,22 @@ const std::map<std::string, Target>& targets() {
         {"--roundtrip", &Options::roundtrip},
         {"--json", &Options::json},
         {"--strict-exit", &Options::strictExit},
+        {"--snapshots", &ShotOptions::snapshots},
+        {"--shots", &ShotOptions::shots},
+        {"--website-shots", &ShotOptions::websiteShots},
+        {"--poster-picks", &ShotOptions::posterPicks},
+        {"--picker-demo", &ShotOptions::pickerDemo},
+        {"--empty-shots", &ShotOptions::emptyShots},
+        {"--snapshot-about", &ShotOptions::about},
+        {"--snapshot-about-window", &ShotOptions::aboutWindow},
+        {"--review", &ShotOptions::review},
+        {"--window", &ShotOptions::window},
+        {"--select", &ShotOptions::select},
+        {"--inspect-file", &ShotOptions::inspectFile},
+        {"--shots-only", &ShotOptions::shotsOnly},
+        {"--sample-failure", &ShotOptions::sampleFailure},
+        {"--keep-open", &ShotOptions::keepOpen},
+        {"--shot-watcher", &ShotOptions::watcher},
     };
     return table;
 }
@@ -61,6 +80,13 @@ struct Put {
     // An empty value is none: every name holds the empty text, and "--confirm=" is no yes to all.
     void operator()(One one) const {
         if (!value.empty()) options.*one = value;
+    }
+    void operator()(ShotFlag flag) const { options.shots.*flag = true; }
+    void operator()(ShotPath one) const {
+        if (!value.empty()) options.shots.*one = value;
+    }
+    void operator()(ShotText one) const {
+        if (!value.empty()) options.shots.*one = value;
     }
     template <typename List>
     void operator()(List Options::*list) const {

@@ -132,15 +132,23 @@ RunEnd endOfTheRest(const AppModel& model) {
 }
 
 /// Adds what is ready and runs the queue, if that gave it anything to do.
-Task<RunEnd> write(AppModel& model, RunLines& lines) {
+Task<RunEnd> write(AppModel& model, RunLines& lines, Shots* shots) {
     auto adding = model.addToQueueNow(model.items());
     co_await adding;
     RunEnd end = endOfTheRest(model);
     const bool hasJobs = model.queue().waitingCount() > 0;
+    if (hasJobs) {
+        auto showing = takeIfAny(shots, Shots::Moment::queued);
+        const bool isShown = co_await showing;
+        if (!isShown) end = RunEnd::failed;
+    }
     model.queue().start();
     if (hasJobs) {
         auto working = waitForQueue(model);
         co_await working;
+        auto showing = takeIfAny(shots, Shots::Moment::written);
+        const bool isShown = co_await showing;
+        if (!isShown) end = RunEnd::failed;
     }
     if (model.notice) {
         lines.notice(*model.notice);
@@ -176,10 +184,10 @@ Task<> addAgain(AppModel& model, RunLines& lines, std::vector<std::filesystem::p
     lines.addedOnceMore(model.fileCount(), model.queue().waitingCount());
 }
 
-Task<RunEnd> writeAndWhatFollows(AppModel& model, RunLines& lines, Options options) {
+Task<RunEnd> writeAndWhatFollows(AppModel& model, RunLines& lines, Options options, Shots* shots) {
     std::vector<std::filesystem::path> files;
     for (const ResolvedFile& file : model.allFiles()) files.push_back(file.file.url);
-    auto writing = write(model, lines);
+    auto writing = write(model, lines, shots);
     RunEnd end = co_await writing;
     if (options.restoreOriginal) {
         auto restoring = restoreOriginals(model, lines, files);
@@ -195,8 +203,10 @@ Task<RunEnd> writeAndWhatFollows(AppModel& model, RunLines& lines, Options optio
 
 }  // namespace
 
-Task<RunEnd> runTagTest(AppModel& model, Options options) {
+Task<RunEnd> runTagTest(AppModel& model, Options options, Shots* shots) {
     const std::unique_ptr<RunLines> lines = runLines(options);
+    auto showing = takeIfAny(shots, Shots::Moment::empty);
+    const bool isShown = co_await showing;
     model.add(options.tag);
     auto scanning = waitForScan(model);
     co_await scanning;
@@ -221,9 +231,13 @@ Task<RunEnd> runTagTest(AppModel& model, Options options) {
     }
     for (const ResolvedFile& file : model.allFiles()) lines->matched(file);
     if (options.matchOnly) co_return endOfReview(model);
-    auto writing = writeAndWhatFollows(model, *lines, options);
+    auto showingAll = takeIfAny(shots, Shots::Moment::reviewed);
+    const bool areAllShown = co_await showingAll;
+    const RunEnd shown = isShown && areAllShown ? RunEnd::done : RunEnd::failed;
+    if (options.shots.shotsOnly) co_return worse(shown, endOfReview(model));
+    auto writing = writeAndWhatFollows(model, *lines, options, shots);
     const RunEnd end = co_await writing;
-    co_return end;
+    co_return worse(shown, end);
 }
 
 }  // namespace marlet::Headless

@@ -110,5 +110,68 @@ TEST(Options, TheValueOfAnOptionIsTheFirstFoundWhateverTheNextArgumentIs) {
     EXPECT_FALSE(value("--a", {"--ab=1"}));
 }
 
+TEST(Options, PicturesAreAskedForByFolderFileAndFlag) {
+    const auto shots = parse({"--shots",
+                              "s",
+                              "--snapshots=n",
+                              "--website-shots",
+                              "w",
+                              "--poster-picks",
+                              "p",
+                              "--picker-demo",
+                              "d",
+                              "--empty-shots",
+                              "e",
+                              "--snapshot-about",
+                              "a.png",
+                              "--snapshot-about-window",
+                              "b.png",
+                              "--review",
+                              "name",
+                              "--window",
+                              "1200x800",
+                              "--select",
+                              "A Film",
+                              "--inspect-file",
+                              "f.mkv",
+                              "--shots-only",
+                              "--sample-failure",
+                              "--keep-open",
+                              "--shot-watcher"})
+                           .shots;
+    EXPECT_EQ(shots.shots, "s");
+    EXPECT_EQ(shots.snapshots, "n");
+    EXPECT_EQ(shots.websiteShots, "w");
+    EXPECT_EQ(shots.posterPicks, "p");
+    EXPECT_EQ(shots.pickerDemo, "d");
+    EXPECT_EQ(shots.emptyShots, "e");
+    EXPECT_EQ(shots.about, "a.png");
+    EXPECT_EQ(shots.aboutWindow, "b.png");
+    EXPECT_EQ(shots.review, "name");
+    EXPECT_EQ(shots.window, "1200x800");
+    EXPECT_EQ(shots.select, "A Film");
+    EXPECT_EQ(shots.inspectFile, "f.mkv");
+    EXPECT_TRUE(shots.shotsOnly && shots.sampleFailure && shots.keepOpen && shots.watcher);
+}
+
+TEST(Options, APictureWithoutAPlaceAndWhatOnlySaysHowIsNoWishForAPicture) {
+    EXPECT_FALSE(parse({"--shots", "--quit"}).shots.any());
+    EXPECT_FALSE(parse({"--shots="}).shots.any());
+    EXPECT_FALSE(parse({"--window", "9x9", "--select", "A", "--keep-open", "--shots-only",
+                        "--sample-failure", "--shot-watcher"})
+                     .shots.any());
+    for (const char* name :
+         {"--shots", "--snapshots", "--website-shots", "--poster-picks", "--picker-demo",
+          "--empty-shots", "--snapshot-about", "--snapshot-about-window"})
+        EXPECT_TRUE(parse({name, "x"}).shots.any()) << name;
+}
+
+TEST(Options, ASizeIsTwoNumbersWithACrossBetweenThem) {
+    EXPECT_EQ(parseSize("1200x800"), std::pair(1200, 800));
+    for (const char* bad : {"", "x", "1200", "1200x", "x800", "0x800", "1200x-1", "1200 x800",
+                            "1200X800", "1200x800x2", "99999x800", "1e3x800"})
+        EXPECT_FALSE(parseSize(bad)) << bad;
+}
+
 }  // namespace
 }  // namespace marlet::test

@@ -102,10 +102,21 @@ void HistoryModel::setQuery(const QString& query) {
 bool HistoryModel::isOutdated() const {
     if (builtFilter_ != model_.historyFilter || builtQuery_ != model_.historyQuery) return true;
     if (builtDay_ != Dates::startOfLocalDay(Dates::now())) return true;
-    const HistoryList none;
-    const HistoryList& entries = model_.forceEmptyHistory ? none : model_.history().entries();
-    if (entries.size() != built_.size()) return true;
-    return !entries.empty() && entries.shared().front() != built_.shared().front();
+    const HistoryList& now = entries();
+    if (now.size() != built_.size()) return true;
+    return !now.empty() && now.shared().front() != built_.shared().front();
+}
+
+const HistoryList& HistoryModel::entries() const {
+    static const HistoryList none;
+    if (model_.forceEmptyHistory) return none;
+    const HistoryList& own = model_.history().entries();
+    if (!model_.sampleEntry) return own;
+    if (sampled_.size() != own.size() + 1) {
+        sampled_ = own;
+        sampled_.addInFront(model_.sampleEntry);
+    }
+    return sampled_;
 }
 
 void HistoryModel::buildSoon() {
@@ -114,7 +125,7 @@ void HistoryModel::buildSoon() {
 
 Task<> HistoryModel::build() {
     building_ = true;
-    built_ = model_.forceEmptyHistory ? HistoryList() : model_.history().entries();
+    built_ = entries();
     builtFilter_ = model_.historyFilter;
     builtQuery_ = model_.historyQuery;
     builtDay_ = Dates::startOfLocalDay(Dates::now());

@@ -19,7 +19,7 @@ class AppModel;
 
 /// The rows of History under their days. They are made on a worker, and only while somebody looks
 /// at them; what needs a look at files is found out there, too, a row at a time.
-class HistoryModel : public ScreenPart {
+class HistoryModel : public marlet::ScreenPart {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("App has it")
@@ -86,6 +86,7 @@ private:
     using Rows = std::shared_ptr<const Built>;
 
     bool isOutdated() const;
+    const HistoryList& entries() const;
     void buildSoon();
     Task<> build();
     void take(Built built);
@@ -99,8 +100,9 @@ private:
     QString stage_ = QStringLiteral("unknown");
     bool shown_ = false;
     bool canRestore_ = true;
-    HistoryList built_;     ///< the entries of the newest build, finished or not
-    int builtFilter_ = -1;  ///< -1: nothing has been built
+    mutable HistoryList sampled_;  ///< History's own below the sample
+    HistoryList built_;            ///< the entries of the newest build, finished or not
+    int builtFilter_ = -1;         ///< -1: nothing has been built
     std::string builtQuery_;
     Moment builtDay_{};  ///< its headings say "Today"
     bool building_ = false;
