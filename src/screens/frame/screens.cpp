@@ -91,7 +91,9 @@ QString Screens::queueCount() const {
 }
 
 QString Screens::historyCount() const {
-    const auto count = static_cast<int>(model_.history().entries().size());
+    const int own =
+        model_.forceEmptyHistory ? 0 : static_cast<int>(model_.history().entries().size());
+    const int count = own + (model_.sampleEntry && !model_.forceEmptyHistory ? 1 : 0);
     return count == 1 ? tr("%1 item").arg(count) : tr("%1 items").arg(count);
 }
 

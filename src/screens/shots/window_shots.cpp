@@ -248,7 +248,11 @@ Task<> WindowShots::takeDemo(Path folder) {
 }
 
 Task<> WindowShots::takeQueue(std::string name) {
+    if (!options_.shots && !options_.websiteShots) co_return;
     show(1);
+    // What was said about it passes first.
+    auto waiting = until([this] { return !model_.toast(); });
+    co_await waiting;
     if (options_.shots) {
         auto taking = inBothLooks(*options_.shots /
                                   (options_.review.value_or("marlet") + "-" + name + ".png"));
