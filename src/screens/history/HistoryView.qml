@@ -12,7 +12,7 @@ FocusScope {
 
     Binding { target: view.history; property: "shown"; value: view.visible }
     Shortcut {
-        sequences: [StandardKey.Find]
+        sequence: "Ctrl+F"
         enabled: view.visible
         onActivated: search.forceActiveFocus(Qt.ShortcutFocusReason)
     }

@@ -34,7 +34,7 @@ FocusScope {
         onActivated: compare.open()
     }
     Shortcut {
-        sequences: [StandardKey.Undo]
+        sequence: "Ctrl+Z"
         enabled: view.visible && view.model.hasDraft
         onActivated: view.model.details.undo()
     }

@@ -11,6 +11,14 @@ Rectangle {
     property bool crop: true
     // One pixel stands for "there is no such picture".
     readonly property bool loaded: picture.status === Image.Ready && picture.implicitWidth > 1
+    property string missedSource
+    readonly property bool missed: otherSource !== "" && missedSource === source
+
+    // A picture that was asked for before is there, or known to be gone, at once and in silence.
+    function look() {
+        const gone = picture.status === Image.Error || (picture.status === Image.Ready && picture.implicitWidth <= 1);
+        if (gone && !missed && otherSource !== "") missedSource = source;
+    }
 
     implicitWidth: 36
     implicitHeight: 54
@@ -24,15 +32,21 @@ Rectangle {
         size: Math.min(poster.width, poster.height) * 0.45
         color: Theme.disabled
     }
+    Timer {
+        id: later
+        interval: 0
+        onTriggered: poster.look()
+    }
     Image {
         id: picture
         anchors.fill: parent
         source: poster.missed ? poster.otherSource : poster.source
-        onStatusChanged: if (status === Image.Error && poster.otherSource !== "") poster.missed = true
+        onStatusChanged: poster.look()
+        onSourceChanged: later.restart()
         asynchronous: true
         cache: true
         fillMode: poster.crop ? Image.PreserveAspectCrop : Image.PreserveAspectFit
-        sourceSize: Qt.size(Math.ceil(poster.width * Screen.devicePixelRatio), 0)
+        sourceSize.width: Math.ceil(poster.width * Screen.devicePixelRatio)
         smooth: true
         opacity: status === Image.Ready ? 1 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.motion } }

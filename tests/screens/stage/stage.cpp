@@ -1,11 +1,13 @@
 #include "screens/stage/stage.h"
 
+#include <QImage>
 #include <QQmlContext>
 
 #include "foundation/preferences.h"
 #include "foundation/run_mode.h"
 #include "identify/matcher.h"
 #include "screens/base/qt_text.h"
+#include "screens/pictures/art_address.h"
 #include "screens/pictures/art_provider.h"
 #include "write/restore_points.h"
 
@@ -271,6 +273,14 @@ void Stage::addAndWait(const QStringList& names) {
 
 void Stage::makeFile(const QString& name) {
     library_.write(fromQt(name), std::string_view("not much of a film"));
+}
+
+QString Stage::madePicture() const {
+    const std::filesystem::path file = library_ / "a picture.png";
+    QImage picture(60, 90, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    picture.save(toQt(file));
+    return ArtAddress::saved(file);
 }
 
 bool Stage::exists(const QString& name) const {

@@ -66,6 +66,8 @@ public:
     /// Adds files or folders below the library by the ordinary road and waits until it has ended.
     Q_INVOKABLE void addAndWait(const QStringList& names);
     Q_INVOKABLE void makeFile(const QString& name);
+    /// The address of a picture of one colour that was made for this.
+    Q_INVOKABLE QString madePicture() const;
     Q_INVOKABLE bool exists(const QString& name) const;
     /// Jobs that wait, by name; each keeps running once started until endJob.
     Q_INVOKABLE void queueJobs(const QStringList& names);
