@@ -244,7 +244,9 @@ Task<AppModel::Prepared> AppModel::prepare(ResolvedFile file, std::shared_ptr<TM
     }
     // Read here: a later change of a tick belongs to the next job.
     const std::vector<int> dropped = tracks_.dropped(url);
-    std::string summary = dropped.empty() ? "" : InPlaceTracks::summary(*tracks_.find(url));
+    const std::vector<InPlaceTrack>* tracks = tracks_.find(url);
+    std::string summary =
+        dropped.empty() || tracks == nullptr ? "" : InPlaceTracks::summary(*tracks);
     std::optional<ConvertPlanSnapshot> conversion;
     if (PlanStore::needsPlan(url)) {
         const CancelToken life = life_;
@@ -286,9 +288,9 @@ void AppModel::moveToQueue(const std::vector<Path>& files) {
     for (const Path& file : files)
         if (const ResolvedFile* resolved = review_.find(file)) {
             queuedFiles_[file] = *resolved;
-            unfinished_.forget(file);
             unfinished_.touch(file);
         }
+    unfinished_.forget(files);
     review_.remove({files.begin(), files.end()});
     dropGoneSelection();
     changed();

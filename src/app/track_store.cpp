@@ -6,9 +6,17 @@
 
 namespace marlet {
 
-Task<> TrackStore::load(Path file) {
+namespace {
+
+bool isMP4(const std::filesystem::path& file) {
     const std::string extension = Scanner::extensionOf(file);
-    if (tracks_.contains(file) || (extension != "mp4" && extension != "m4v")) co_return;
+    return extension == "mp4" || extension == "m4v";
+}
+
+}  // namespace
+
+Task<> TrackStore::load(Path file) {
+    if (tracks_.contains(file) || !isMP4(file)) co_return;
     std::function<std::vector<InPlaceTrack>()> work = [file] { return InPlaceTracks::read(file); };
     auto reading = Async::onWorker(std::move(work));
     std::vector<InPlaceTrack> tracks = co_await reading;
@@ -20,7 +28,8 @@ Task<> TrackStore::load(Path file) {
 }
 
 void TrackStore::wish(const Path& file, const std::vector<int>& dropped) {
-    if (dropped.empty()) return;
+    // What isn't an MP4 would never be read, and its wish never be looked at.
+    if (dropped.empty() || !isMP4(file)) return;
     if (!tracks_.contains(file)) {
         wishes_.insert_or_assign(file, dropped);
         return;

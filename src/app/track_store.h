@@ -21,7 +21,7 @@ public:
     const std::vector<InPlaceTrack>* find(const Path& file) const;
     /// Ticks or unticks the track at that place of the file; false when it has no such track.
     bool setKeep(const Path& file, int index, bool keep);
-    /// Unticks these tracks, as soon as the file is read.
+    /// Unticks these tracks, as soon as the file is read. Ignored for what isn't an MP4.
     void wish(const Path& file, const std::vector<int>& dropped);
     bool isWished(const Path& file) const { return wishes_.contains(file); }
     /// Track::index of what is unticked, or wished to be in a file that wasn't read yet.
