@@ -33,8 +33,8 @@ Task<Headless::Run> launchSteps(AppModel& model, Headless::Options options, Fron
     }
     if (!RunMode::automated()) WorkArea::cleanUp(WorkArea::DryRun::No);
     Updater::start();
-    auto opening = model.openUnfinished();
-    co_await opening;
+    // Not waited for: it looks at films, whose disks may take their time.
+    model.openUnfinished();
     Headless::Shots* const shots = front == nullptr ? nullptr : front->shots();
     auto running = Headless::runIfRequested(model, options, shots);
     const Headless::Run run = co_await running;

@@ -12,6 +12,8 @@ namespace {
 
 using State = WriteQueue::Job::State;
 
+constexpr const char* resumeLater = "The queue is running. Resume when it's finished.";
+
 bool hasEnded(const WriteQueue::Job& job) {
     return job.state != State::waiting && job.state != State::running;
 }
@@ -85,11 +87,18 @@ void AppModel::keepUnfinished() {
 Task<> AppModel::resumeUnfinished() {
     if (!unfinishedOffer()) co_return;
     if (queue_.active()) {
-        say("The queue is running. Resume when it's finished.");
+        say(resumeLater);
         co_return;
     }
     auto taking = unfinished_.take();
-    const UnfinishedWork work = co_await taking;
+    UnfinishedWork work = co_await taking;
+    // It may have been started while the films were looked at.
+    if (queue_.active()) {
+        unfinished_.handBack(std::move(work));
+        say(resumeLater);
+        changed();
+        co_return;
+    }
     LibraryItem toQueue;
     std::vector<Path> toScan;
     std::vector<ResolvedFile> toReview;
@@ -132,10 +141,8 @@ Task<> AppModel::resumeUnfinished() {
 
 void AppModel::resumeRestores(const std::vector<UnfinishedRestore>& restores) {
     std::vector<WriteQueue::Job> jobs;
-    std::error_code none;
     for (const UnfinishedRestore& restore : restores) {
-        if (!RestorePoints::exists(restore.file) || !std::filesystem::exists(restore.file, none))
-            continue;
+        if (!RestorePoints::exists(restore.file)) continue;
         jobs.push_back(restoreJob(restore.file, restore.details));
         jobs.back().year = restore.year;
     }

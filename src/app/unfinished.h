@@ -12,14 +12,16 @@
 
 namespace marlet {
 
-/// What tells a file from what stands under its name later.
+/// What tells a file from what stands under its name later, as far as it is known. Not its inode:
+/// FAT, FUSE and network file systems give another number at each mount.
 struct FilmMark {
-    std::uint64_t size = 0;
-    std::uint64_t inode = 0;
-    std::int64_t modified = 0;  ///< nanoseconds since 1970
+    std::optional<std::uint64_t> size;
+    std::optional<std::int64_t> modified;  ///< nanoseconds since 1970
     bool operator==(const FilmMark&) const = default;
 
     static FilmMark of(const Sys::FileStat& found);
+    /// Nothing that is known of the film speaks against what was found.
+    bool fits(const Sys::FileStat& found) const;
 };
 
 /// One file that waits for the queue or that a person corrected, with all that this person did.

@@ -162,7 +162,6 @@ void fields(A& a, T& it) {
 template <typename A, Is<FilmMark> T>
 void fields(A& a, T& it) {
     a("size", it.size);
-    a("inode", it.inode);
     a("modified", it.modified);
 }
 

@@ -1,6 +1,8 @@
 #include "app/unfinished_json.h"
 
+#include <cmath>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "app/unfinished_fields.h"
 #include "foundation/text.h"
@@ -77,7 +79,9 @@ public:
     explicit Putter(Json& to) : to_(to) {}
     template <typename T>
     void operator()(const char* name, const T& value) {
-        if (value != T{}) to_[name] = jsonOf(value);
+        if (value == T{}) return;
+        Json json = jsonOf(value);
+        if (!json.is_null()) to_[name] = std::move(json);
     }
 
 private:
@@ -88,6 +92,9 @@ template <typename T>
 Json jsonOf(const T& value) {
     if constexpr (std::is_enum_v<T>) {
         return namesOf<T>.at(static_cast<std::size_t>(value));
+    } else if constexpr (std::is_floating_point_v<T>) {
+        // There is no text for the others, which tell nothing either.
+        return std::isfinite(value) ? Json(value) : Json();
     } else if constexpr (std::is_arithmetic_v<T>) {
         return value;
     } else {

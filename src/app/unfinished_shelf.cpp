@@ -4,10 +4,9 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <utility>
 
-#include "app/unfinished_json.h"
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
@@ -20,16 +19,16 @@ namespace {
 /// Beyond so many copies at once a further one keeps nothing.
 constexpr int mostCopies = 16;
 
-std::optional<FilmMark> markOf(const std::filesystem::path& file) {
-    const auto found = Sys::stat(file);
-    if (!found || !found->isRegular) return std::nullopt;
-    return FilmMark::of(*found);
-}
-
 }  // namespace
 
 FilmMark FilmMark::of(const Sys::FileStat& found) {
-    return {found.size, found.inode, found.mtime.time_since_epoch().count()};
+    return {found.size, found.mtime.time_since_epoch().count()};
+}
+
+bool FilmMark::fits(const Sys::FileStat& found) const {
+    const FilmMark now = of(found);
+    return found.isRegular && (!size || size == now.size) &&
+           (!modified || modified == now.modified);
 }
 
 UnfinishedShelf::Path UnfinishedShelf::fileOf(int number) {
@@ -39,59 +38,102 @@ UnfinishedShelf::Path UnfinishedShelf::fileOf(int number) {
 
 /// Beside the file, since that one is replaced by every write; never removed, since another copy
 /// may be about to lock it.
-FileHandle UnfinishedShelf::lockOf(int number) {
+std::optional<FileHandle> UnfinishedShelf::lockOf(int number) {
     const Path name = fileOf(number).replace_extension(".lock");
     FileHandle lock(Sys::open(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600));
-    if (lock.isOpen() && Sys::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) lock.close();
+    if (lock.isOpen() && Sys::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK) return std::nullopt;
+        lock.close();
+    }
     return lock;
 }
 
-UnfinishedWork UnfinishedShelf::open() {
+void UnfinishedShelf::open() {
     const std::lock_guard guard(writing_);
     try {
         Durable::makeFolders(Paths::documentsDir());
     } catch (const MFError&) {
-        return {};
+        return;
     }
-    std::vector<Path> toRead;
+    // What can't be read is not removed, but replaced as soon as there is something to keep.
+    written_ = std::string();
     for (int number = 1; number <= mostCopies; number++) {
         const Path file = fileOf(number);
         const bool isThere = Sys::lstat(file).has_value();
-        if (lock_.isOpen() && !isThere) continue;
-        FileHandle lock = lockOf(number);
-        if (!lock.isOpen()) continue;
-        if (isThere) toRead.push_back(file);
-        if (!lock_.isOpen()) {
-            lock_ = std::move(lock);
+        if (!file_.empty() && !isThere) continue;
+        std::optional<FileHandle> lock = lockOf(number);
+        if (!lock) {
+            // Without locks nobody can tell what belongs to a copy that has ended.
+            if (number > 1) continue;
+            number = mostCopies;
+        } else if (!lock->isOpen()) {
+            continue;
+        }
+        const bool wasRead = isThere && read(file);
+        if (file_.empty()) {
+            if (lock) lock_ = *std::move(lock);
             file_ = file;
-        } else {
-            left_.push_back({file, std::move(lock)});
+            if (wasRead) written_.reset();
+        } else if (wasRead) {
+            left_.push_back({file, *std::move(lock)});
         }
     }
+}
 
-    // What can't be read is not removed, but replaced as soon as there is something to keep.
-    written_ = std::string();
+bool UnfinishedShelf::read(const Path& file) {
+    const auto bytes = FileOps::readSmall(file, maxFileSize);
+    auto content = bytes ? UnfinishedJson::decode(*bytes) : std::nullopt;
+    if (!content) return false;
+    for (UnfinishedJson::Marked& each : content->files) {
+        const std::string& url = each.file.resolved.file.url.native();
+        Record record{.text = UnfinishedJson::encode(each.file),
+                      .mark = each.mark,
+                      .isQueued = each.file.isQueued,
+                      .isLeft = true};
+        if (!records_.emplace(url, std::move(record)).second) continue;
+        if (each.file.isQueued) leftQueue_.push_back(url);
+        leftFiles_.push_back(std::move(each));
+    }
+    for (UnfinishedRestore& restore : content->restores)
+        leftRestores_.push_back(std::move(restore));
+    return true;
+}
+
+UnfinishedWork UnfinishedShelf::look() {
+    std::vector<UnfinishedJson::Marked> files;
+    std::vector<UnfinishedRestore> restores;
+    {
+        const std::lock_guard guard(writing_);
+        files.swap(leftFiles_);
+        restores = leftRestores_;
+    }
+    std::vector<std::optional<Sys::FileStat>> found;
+    for (const UnfinishedJson::Marked& each : files)
+        found.push_back(Sys::stat(each.file.resolved.file.url));
+    std::vector<UnfinishedRestore> awayRestores;
     UnfinishedWork work;
+    for (UnfinishedRestore& restore : restores) {
+        const bool isThere = Sys::stat(restore.file).has_value();
+        (isThere ? work.restores : awayRestores).push_back(std::move(restore));
+    }
+    if (awayRestores.size() > mostAway) awayRestores.resize(mostAway);
+
+    const std::lock_guard guard(writing_);
     std::vector<UnfinishedFile> inReview;
-    for (const Path& file : toRead) {
-        const auto bytes = FileOps::readSmall(file, maxFileSize);
-        auto content = bytes ? UnfinishedJson::decode(*bytes) : std::nullopt;
-        if (!content) continue;
-        if (file == file_) written_.reset();
-        for (UnfinishedJson::Marked& each : content->files) {
-            const Path& url = each.file.resolved.file.url;
-            if (markOf(url) != each.mark) continue;
-            Record record{UnfinishedJson::encode(each.file), each.mark, each.file.isQueued};
-            if (!records_.emplace(url.native(), std::move(record)).second) continue;
-            (each.file.isQueued ? work.files : inReview).push_back(std::move(each.file));
-        }
-        for (UnfinishedRestore& restore : content->restores)
-            if (Sys::stat(restore.file)) work.restores.push_back(std::move(restore));
+    std::size_t away = 0;
+    for (std::size_t i = 0; i < files.size(); i++) {
+        UnfinishedFile& file = files[i].file;
+        const auto record = records_.find(file.resolved.file.url.native());
+        if (record == records_.end() || !record->second.isLeft) continue;
+        const bool isKept = found[i] ? record->second.mark.fits(*found[i]) : ++away <= mostAway;
+        if (!isKept) records_.erase(record);
+        if (!isKept || !found[i]) continue;
+        record->second.mark = FilmMark::of(*found[i]);
+        (file.isQueued ? work.files : inReview).push_back(std::move(file));
     }
     for (UnfinishedFile& file : inReview) work.files.push_back(std::move(file));
-    for (const UnfinishedFile& file : work.files)
-        if (file.isQueued) queue_.push_back(file.resolved.file.url);
-    restores_ = work.restores;
+    leftRestores_ = work.restores;
+    awayRestores_ = std::move(awayRestores);
     return work;
 }
 
@@ -101,39 +143,78 @@ void UnfinishedShelf::put(Delta delta) {
 }
 
 void UnfinishedShelf::write() {
+    std::vector<std::pair<std::string, std::uint64_t>> due;
+    {
+        const std::lock_guard guard(writing_);
+        takeHanded();
+        if (file_.empty()) return;
+        keep(text());
+        for (const auto& [file, record] : records_)
+            if (record.due != 0) due.emplace_back(file, record.due);
+    }
+    if (due.empty()) return;
+    std::vector<std::optional<Sys::FileStat>> found;
+    for (const auto& [file, number] : due) found.push_back(Sys::stat(file));
+
     const std::lock_guard guard(writing_);
+    for (std::size_t i = 0; i < due.size(); i++) {
+        const auto record = records_.find(due[i].first);
+        if (record == records_.end() || record->second.due != due[i].second) continue;
+        record->second.due = 0;
+        // Of a film that can't be looked at we go by what we know.
+        if (found[i] && found[i]->isRegular) record->second.mark = FilmMark::of(*found[i]);
+    }
+    keep(text());
+}
+
+void UnfinishedShelf::writeAtQuit(std::chrono::milliseconds patience) {
+    const std::unique_lock guard(writing_, patience);
+    if (!guard.owns_lock()) return;
+    takeHanded();
+    if (!file_.empty()) keep(text());
+}
+
+void UnfinishedShelf::takeHanded() {
     std::deque<Delta> handed;
     {
         const std::lock_guard handing(handing_);
         handed.swap(handed_);
     }
     for (const Delta& delta : handed) take(delta);
-    if (!file_.empty()) keep(text());
 }
 
 void UnfinishedShelf::take(const Delta& delta) {
     for (const UnfinishedFile& file : delta.changed) {
-        Record& record = records_[file.resolved.file.url.native()];
-        record.text = UnfinishedJson::encode(file);
+        const ScannedFile& film = file.resolved.file;
+        const auto [place, isNew] = records_.try_emplace(film.url.native());
+        Record& record = place->second;
+        std::string text = UnfinishedJson::encode(file);
+        // Until its film is looked at, what the scan saw of it tells it from others.
+        if (isNew && film.size >= 0) record.mark.size = static_cast<std::uint64_t>(film.size);
+        // What the person did last is meant for the film as it is now.
+        if (isNew || record.text != text) record.due = ++looks_;
+        record.text = std::move(text);
         record.isQueued = file.isQueued;
+        record.isLeft = false;
     }
     for (const Path& file : delta.touched) {
         const auto found = records_.find(file.native());
-        if (found != records_.end()) found->second.mark.reset();
+        if (found == records_.end()) continue;
+        found->second.mark = {};
+        found->second.due = ++looks_;
     }
     for (const Path& file : delta.gone) records_.erase(file.native());
     queue_ = delta.queue;
     restores_ = delta.restores;
+    if (delta.tellsLeft) leftRestores_.clear();
 }
 
 void UnfinishedShelf::addLine(std::vector<std::string>& lines, std::size_t& size, const Path& file,
                               bool isQueued) {
     const auto found = records_.find(file.native());
     if (found == records_.end()) return;
-    Record& record = found->second;
-    if (!record.mark) record.mark = markOf(file);
-    if (!record.mark) return;
-    std::string line = UnfinishedJson::line(record.text, *record.mark, isQueued);
+    const Record& record = found->second;
+    std::string line = UnfinishedJson::line(record.text, record.mark, isQueued);
     constexpr std::size_t frame = 64;
     // What would make the file too big to be read again is left out.
     if (size + line.size() + frame > maxFileSize) return;
@@ -145,13 +226,19 @@ void UnfinishedShelf::addLine(std::vector<std::string>& lines, std::size_t& size
 std::string UnfinishedShelf::text() {
     std::vector<std::string> lines;
     std::size_t size = 0;
-    for (const UnfinishedRestore& restore : restores_) {
-        lines.push_back(UnfinishedJson::line(restore));
-        size += lines.back().size() + 2;
-    }
+    for (const auto* restores : {&restores_, &leftRestores_, &awayRestores_})
+        for (const UnfinishedRestore& restore : *restores) {
+            lines.push_back(UnfinishedJson::line(restore));
+            size += lines.back().size() + 2;
+        }
     std::set<std::string> inQueue;
     for (const Path& file : queue_)
         if (inQueue.insert(file.native()).second) addLine(lines, size, file, true);
+    for (const std::string& file : leftQueue_) {
+        const auto found = records_.find(file);
+        if (found != records_.end() && found->second.isQueued && inQueue.insert(file).second)
+            addLine(lines, size, file, true);
+    }
     for (const auto& [file, record] : records_)
         if (!inQueue.contains(file)) addLine(lines, size, file, record.isQueued);
     return lines.empty() ? std::string() : UnfinishedJson::document(lines);
@@ -177,14 +264,25 @@ void UnfinishedShelf::keep(const std::string& text) {
     }
 }
 
-std::set<UnfinishedShelf::Path> UnfinishedShelf::unchanged(const std::vector<Path>& files) const {
-    const std::lock_guard guard(writing_);
-    std::set<Path> same;
-    for (const Path& file : files) {
-        const auto found = records_.find(file.native());
-        if (found != records_.end() && markOf(file) == found->second.mark) same.insert(file);
+UnfinishedShelf::Looked UnfinishedShelf::lookAt(const std::vector<Path>& files) const {
+    std::map<Path, FilmMark> marks;
+    {
+        const std::lock_guard guard(writing_);
+        for (const Path& file : files) {
+            const auto found = records_.find(file.native());
+            if (found != records_.end()) marks.emplace(file, found->second.mark);
+        }
     }
-    return same;
+    Looked looked;
+    for (const Path& file : files) {
+        const auto found = Sys::stat(file);
+        const auto mark = marks.find(file);
+        if (!found)
+            looked.away.insert(file);
+        else if (mark != marks.end() && mark->second.fits(*found))
+            looked.same.insert(file);
+    }
+    return looked;
 }
 
 }  // namespace marlet

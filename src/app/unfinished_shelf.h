@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -11,6 +13,7 @@
 #include <vector>
 
 #include "app/unfinished.h"
+#include "app/unfinished_json.h"
 #include "foundation/syscalls.h"
 
 namespace marlet {
@@ -27,6 +30,9 @@ public:
     using Path = std::filesystem::path;
     static constexpr std::uint64_t maxFileSize = std::uint64_t{64} << 20U;
 
+    /// Of films that can't be looked at so many are remembered, and so many restores.
+    static constexpr std::size_t mostAway = 1000;
+
     /// What changed since the last time.
     struct Delta {
         std::vector<UnfinishedFile> changed;
@@ -35,24 +41,36 @@ public:
         std::vector<Path> touched;
         std::vector<Path> queue;  ///< the files that wait or are being worked on, in order
         std::vector<UnfinishedRestore> restores;
+        bool tellsLeft = true;  ///< knows what look() gave
+    };
+    struct Looked {
+        std::set<Path> same;  ///< of the files on the shelf
+        std::set<Path> away;  ///< can't be looked at
     };
 
-    /// Takes a file of its own and gives what was left, as far as those films are still the same.
-    /// What can't be read counts as nothing. To be called once.
-    UnfinishedWork open();
+    /// Takes a file of its own and reads what was left, without a look at any film. What can't be
+    /// read counts as nothing. To be called once.
+    void open();
+    /// What was left, as far as those films are still the same. Films that can't be looked at, on
+    /// a disk that isn't there say, keep their records for a later start; those of films that are
+    /// other ones now are dropped. To be called once, and may take as long as a disk does.
+    UnfinishedWork look();
     /// Hands a change over, to be written by the next write(). Changes keep their order.
     void put(Delta delta);
-    /// Writes what was handed over, atomically. Never fails: what couldn't be written is written
-    /// with the next change.
+    /// Writes what was handed over, atomically, and again once the films that are new to it were
+    /// looked at. Never fails: what couldn't be written is written with the next change.
     void write();
-    /// Those of the files on the shelf that are still what they were.
-    std::set<Path> unchanged(const std::vector<Path>& files) const;
+    /// The same without a look at any film, and not at all if the shelf is busy for so long.
+    void writeAtQuit(std::chrono::milliseconds patience = std::chrono::seconds(2));
+    Looked lookAt(const std::vector<Path>& files) const;
 
 private:
     struct Record {
         std::string text;
-        std::optional<FilmMark> mark;  ///< taken when it is first written
-        bool isQueued = false;         ///< was, and hasn't been brought back into the queue yet
+        FilmMark mark;
+        bool isQueued = false;  ///< was, and hasn't been brought back into the queue yet
+        bool isLeft = false;    ///< nothing was done to the file in this run
+        std::uint64_t due = 0;  ///< not 0: the film is to be looked at, and by which call
     };
     struct Left {
         Path file;
@@ -60,20 +78,30 @@ private:
     };
 
     static Path fileOf(int number);
-    static FileHandle lockOf(int number);
+    /// Not open when another copy holds it; nothing where there are no locks.
+    static std::optional<FileHandle> lockOf(int number);
+    /// False when nothing could be read.
+    bool read(const Path& file);
+    void takeHanded();
     void take(const Delta& delta);
     std::string text();
     void addLine(std::vector<std::string>& lines, std::size_t& size, const Path& file,
                  bool isQueued);
     void keep(const std::string& text);
 
-    mutable std::mutex writing_;
+    /// Never held while a film is looked at: a disk that has gone may not answer for minutes.
+    mutable std::timed_mutex writing_;
     Path file_;  ///< empty: nothing is kept
     FileHandle lock_;
     std::vector<Left> left_;  ///< of ended copies, until our own file holds what they did
     std::map<std::string, Record> records_;  ///< by location
     std::vector<Path> queue_;
     std::vector<UnfinishedRestore> restores_;
+    std::vector<std::string> leftQueue_;  ///< locations of what waited in the queue, in its order
+    std::vector<UnfinishedJson::Marked> leftFiles_;  ///< until look() is called
+    std::vector<UnfinishedRestore> leftRestores_;    ///< until restores_ holds them
+    std::vector<UnfinishedRestore> awayRestores_;    ///< files that can't be looked at
+    std::uint64_t looks_ = 0;
     std::optional<std::string> written_;  ///< what our own file holds, if we know
 
     std::mutex handing_;

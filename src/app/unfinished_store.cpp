@@ -29,6 +29,18 @@ std::string nameOf(const std::filesystem::path& file) {
     return Text::repairUtf8(viewOf(file.filename().native()));
 }
 
+/// Says that something is no longer on its way, on every way out.
+class Ending {
+public:
+    explicit Ending(bool& flag) : flag_(flag) {}
+    ~Ending() { flag_ = false; }
+    Ending(const Ending&) = delete;
+    Ending& operator=(const Ending&) = delete;
+
+private:
+    bool& flag_;
+};
+
 }  // namespace
 
 UnfinishedStore::~UnfinishedStore() {
@@ -37,14 +49,27 @@ UnfinishedStore::~UnfinishedStore() {
 }
 
 Task<> UnfinishedStore::open() {
-    std::function<UnfinishedWork()> work = [shelf = shelf_] { return shelf->open(); };
+    std::function<bool()> work = [shelf = shelf_] {
+        shelf->open();
+        return true;
+    };
     auto opening = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
-    offered_ = co_await opening;
-    for (const UnfinishedFile& file : offered_.files)
-        offeredAt_.insert(file.resolved.file.url.native());
-    isOpen_ = true;
-    makeOffer();
+    co_await opening;
+    isOpen_ = isLooking_ = true;
     if (hasChanges_) wake();
+    std::function<UnfinishedWork()> look = [shelf = shelf_] { return shelf->look(); };
+    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
+    offered_ = co_await looking;
+    isLooking_ = false;
+    std::vector<Path> newer;
+    for (const UnfinishedFile& file : offered_.files) {
+        const Path& url = file.resolved.file.url;
+        offeredAt_.insert(url.native());
+        if (teller_.file(url)) newer.push_back(url);
+    }
+    dropOffered(newer);
+    makeOffer();
+    for (const Path& file : std::exchange(unclear_, {})) touch(file);
 }
 
 void UnfinishedStore::makeOffer() {
@@ -80,6 +105,18 @@ void UnfinishedStore::wake() {
 }
 
 Task<> UnfinishedStore::keep() {
+    const Ending keeping(isKeeping_);
+    try {
+        auto writing = keepChanges();
+        co_await writing;
+    } catch (const CancelError&) {
+        throw;
+    } catch (const std::exception&) {
+        // A person's work on the films goes on without; the next change tries again.
+    }
+}
+
+Task<> UnfinishedStore::keepChanges() {
     const CancelToken life = life_;
     while (hasChanges_) {
         hurry_ = CancelToken();
@@ -99,7 +136,6 @@ Task<> UnfinishedStore::keep() {
             std::chrono::duration_cast<std::chrono::milliseconds>(took * restForWork), life);
         co_await resting;
     }
-    isKeeping_ = false;
 }
 
 UnfinishedShelf::Delta UnfinishedStore::changes() {
@@ -118,15 +154,21 @@ UnfinishedShelf::Delta UnfinishedStore::changes() {
     for (const Path& file : touched_) {
         if (auto record = teller_.file(file))
             delta.changed.push_back(*std::move(record));
+        else if (isLooking_)
+            unclear_.insert(file);
         else if (!isOffered(file))
             delta.gone.push_back(file);
     }
     delta.restores = teller_.restores();
     // What is offered holds until the person has done something else with the file.
-    for (const UnfinishedFile& file : delta.changed) dropOffered(file.resolved.file.url);
+    std::vector<Path> newer;
+    for (const UnfinishedFile& file : delta.changed) newer.push_back(file.resolved.file.url);
+    dropOffered(newer);
     for (const UnfinishedFile& file : offered_.files)
         if (file.isQueued) delta.queue.push_back(file.resolved.file.url);
     delta.restores.insert(delta.restores.end(), offered_.restores.begin(), offered_.restores.end());
+    delta.restores.insert(delta.restores.end(), away_.begin(), away_.end());
+    delta.tellsLeft = !isLooking_;
     touched_.clear();
     hasChanges_ = isUrgent_ = false;
     return delta;
@@ -136,24 +178,25 @@ bool UnfinishedStore::isOffered(const Path& file) const {
     return offeredAt_.contains(file.native());
 }
 
-void UnfinishedStore::dropOffered(const Path& file) {
-    if (offeredAt_.erase(file.native()) == 0) return;
-    std::erase_if(offered_.files, [&](const UnfinishedFile& each) {
-        return each.resolved.file.url.native() == file.native();
-    });
+void UnfinishedStore::dropOffered(const std::vector<Path>& files) {
+    const std::size_t before = offeredAt_.size();
+    for (const Path& file : files) offeredAt_.erase(file.native());
+    if (offeredAt_.size() == before) return;
+    std::erase_if(offered_.files,
+                  [&](const UnfinishedFile& each) { return !isOffered(each.resolved.file.url); });
     makeOffer();
 }
 
-void UnfinishedStore::forget(const Path& file) {
-    expected_.erase(file);
-    dropOffered(file);
+void UnfinishedStore::forget(const std::vector<Path>& files) {
+    for (const Path& file : files) expected_.erase(file);
+    dropOffered(files);
 }
 
 void UnfinishedStore::keepNow() {
     if (!isOpen_) return;
     if (hasChanges_) shelf_->put(changes());
     // Also what a worker was handed and hasn't got round to.
-    shelf_->write();
+    shelf_->writeAtQuit();
 }
 
 Task<UnfinishedWork> UnfinishedStore::take() {
@@ -161,19 +204,38 @@ Task<UnfinishedWork> UnfinishedStore::take() {
     isTaking_ = true;
     std::vector<Path> files;
     for (const UnfinishedFile& file : offered_.files) files.push_back(file.resolved.file.url);
-    std::function<std::set<Path>()> look = [shelf = shelf_, files] {
-        return shelf->unchanged(files);
-    };
+    std::vector<Path> toLookAt = files;
+    for (const UnfinishedRestore& restore : offered_.restores) toLookAt.push_back(restore.file);
+    using Looked = UnfinishedShelf::Looked;
+    std::function<Looked()> look = [shelf = shelf_, toLookAt] { return shelf->lookAt(toLookAt); };
     auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
-    const std::set<Path> same = co_await looking;
+    const Looked looked = co_await looking;
     isTaking_ = false;
     UnfinishedWork work = std::exchange(offered_, {});
     offeredAt_.clear();
-    for (const Path& file : files) touch(file);
+    // What can't be looked at stays on the shelf as it is, for a later start.
+    for (const Path& file : files)
+        if (!looked.away.contains(file)) touch(file);
     std::erase_if(work.files, [&](const UnfinishedFile& file) {
-        return !same.contains(file.resolved.file.url);
+        return !looked.same.contains(file.resolved.file.url);
+    });
+    std::erase_if(work.restores, [&](const UnfinishedRestore& restore) {
+        const bool isAway = looked.away.contains(restore.file);
+        if (isAway) away_.push_back(restore);
+        return isAway;
     });
     co_return work;
+}
+
+void UnfinishedStore::handBack(UnfinishedWork work) {
+    for (UnfinishedFile& file : work.files) {
+        offeredAt_.insert(file.resolved.file.url.native());
+        offered_.files.push_back(std::move(file));
+    }
+    for (UnfinishedRestore& restore : work.restores)
+        offered_.restores.push_back(std::move(restore));
+    makeOffer();
+    queueChanged();
 }
 
 void UnfinishedStore::discard() {

@@ -40,13 +40,14 @@ public:
     UnfinishedStore(const UnfinishedStore&) = delete;
     UnfinishedStore& operator=(const UnfinishedStore&) = delete;
 
-    /// Reads what an earlier run left, and keeps this one's from now on.
+    /// Reads what an earlier run left, keeps this one's from then on, and makes the offer once the
+    /// films were looked at.
     Task<> open();
     /// A person may have changed something about the file; written within seconds.
     void touch(const Path& file);
     /// A job came, went, began or ended; written at once.
     void queueChanged();
-    /// Writes what isn't written yet before it returns.
+    /// Writes what isn't written yet before it returns, and waits for no film's disk.
     void keepNow();
     bool isQueued(const Path& file) const { return queue_.contains(file); }
 
@@ -54,39 +55,46 @@ public:
     /// Ends the offer and gives what of it is still as it was. What isn't on its way back then is
     /// the taker's to keep.
     Task<UnfinishedWork> take();
+    /// What was taken and can't come back now is offered again.
+    void handBack(UnfinishedWork work);
     /// Ends the offer for good.
     void discard();
     /// A file on its way back into Review or the queue: kept as it was until it is forgotten here.
     void expect(const UnfinishedFile& file);
     const UnfinishedFile* expected(const Path& file) const;
     /// The person is done with the file, offered or not.
-    void forget(const Path& file);
+    void forget(const Path& file) { forget(std::vector<Path>{file}); }
+    void forget(const std::vector<Path>& files);
 
     /// How long after a change it is written.
     std::chrono::milliseconds pause{2000};
 
 private:
     Task<> keep();
+    Task<> keepChanges();
     UnfinishedShelf::Delta changes();
     void makeOffer();
     bool isOffered(const Path& file) const;
-    void dropOffered(const Path& file);
+    void dropOffered(const std::vector<Path>& files);
     void wake();
 
     Teller teller_;
     /// Shared with workers, which may outlive the store.
     std::shared_ptr<UnfinishedShelf> shelf_ = std::make_shared<UnfinishedShelf>();
     bool isOpen_ = false;
+    bool isLooking_ = false;  ///< what was left isn't offered yet
     bool isKeeping_ = false;  ///< keep() is on its way
     bool hasChanges_ = false;
     bool isUrgent_ = false;
     bool isTaking_ = false;
     CancelToken hurry_;  ///< ends the pause before the next write
     std::set<Path> touched_;
-    std::set<Path> queue_;  ///< as last told
+    std::set<Path> unclear_;  ///< touched before we knew what is offered
+    std::set<Path> queue_;    ///< as last told
     UnfinishedWork offered_;
     std::unordered_set<std::string> offeredAt_;  ///< locations of offered_
     std::optional<UnfinishedOffer> offer_;
+    std::vector<UnfinishedRestore> away_;  ///< were offered, but their disk has gone since
     std::map<Path, UnfinishedFile> expected_;
     CancelToken life_;
 };

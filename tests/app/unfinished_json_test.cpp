@@ -49,7 +49,7 @@ UnfinishedFile everything() {
     return file;
 }
 
-const FilmMark mark{.size = 5, .inode = ~std::uint64_t{0}, .modified = -7};
+const FilmMark mark{.size = ~std::uint64_t{0}, .modified = -7};
 
 std::string documentOf(const UnfinishedFile& file) {
     return UnfinishedJson::document(

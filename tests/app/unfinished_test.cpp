@@ -388,6 +388,8 @@ TEST_F(Unfinished, OnlyItsOwnerMayReadTheFile) {
 }
 
 TEST_F(Unfinished, ADamagedOlderOrTooBigFileIsIgnoredAndReplaced) {
+    parts.unfinishedPause = 1h;
+    restart();
     addConfirmed({charade});
     model->keepUnfinished();
     const std::string good = textOf(readFile(keptFile()));
