@@ -26,15 +26,15 @@ std::optional<std::uint64_t> fileNumber(const fs::path& file) {
 }  // namespace
 
 void InPlaceDelivery::run() {
-    requireUnchanged();
-    if (!TagWriter::openForWriting(job_.file()).empty())
-        throw JobEnd::stopped(Wording::otherWriter);
+    requireUntouched();
     job_.control.checkpoint();
     // Not paused from here on, or the others would wait, too.
     const WriteTurn turn(job_.control);
+    // The wait may have lasted for hours, by a pause or by another copy's rebuild.
+    requireUntouched();
+    // To ask that of every process takes a while.
+    if (job_.control.isCancelled()) throw CancelError();
     const CriticalSection critical(job_.control);
-    // The person may have kept the job waiting there for hours.
-    requireUnchanged();
     const auto number = fileNumber(job_.file());
     write();
     if (number && fileNumber(job_.file()) != number) throw MFError(Wording::identityChanged);
@@ -50,6 +50,12 @@ void InPlaceDelivery::run() {
 
 void InPlaceDelivery::requireUnchanged() const {
     if (FileMark::of(job_.file()) != job_.reference) throw MFError(Wording::changedWhileProcessed);
+}
+
+void InPlaceDelivery::requireUntouched() const {
+    requireUnchanged();
+    if (!TagWriter::openForWriting(job_.file()).empty())
+        throw JobEnd::stopped(Wording::otherWriter);
 }
 
 void InPlaceDelivery::write() {

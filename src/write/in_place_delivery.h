@@ -22,6 +22,8 @@ public:
 
 private:
     void requireUnchanged() const;
+    /// Neither changed nor open for writing in another program.
+    void requireUntouched() const;
     void write();
     void editRegion();
     void applyEdit();

@@ -15,6 +15,7 @@
 #include "write/journal.h"
 #include "write/outcome_wording.h"
 #include "write/tag_writer.h"
+#include "write/write_turn.h"
 
 namespace marlet::TagWriter {
 
@@ -121,7 +122,11 @@ private:
 std::optional<std::string> recoverInterruptedWrite() {
     try {
         const auto journal = WriteJournal::load();
-        return journal ? Recovery(*journal).run() : std::nullopt;
+        if (!journal) return std::nullopt;
+        // Another running copy is changing a file: the journal may be that one's, or its job may
+        // be about to look whether there is one.
+        const WriteTurn turn;
+        return turn.isOthers() ? std::nullopt : Recovery(*journal).run();
     } catch (const std::exception&) {
         // Nothing of this may keep the program from starting.
         return std::nullopt;

@@ -11,14 +11,24 @@ namespace marlet {
 class WriteTurn {
 public:
     /// Waits while another copy is changing a file, as long as that takes; the job can be paused
-    /// and cancelled meanwhile (CancelError). Where there can be no such lock, nobody is kept
-    /// waiting: what the journal itself says is looked at in any case.
+    /// and cancelled meanwhile (CancelError), and neither is it when the turn is had. Where there
+    /// can be no such lock, nobody is kept waiting: what the journal itself says is looked at in
+    /// any case.
     explicit WriteTurn(RunControl& control);
+    /// Without waiting; isOthers() tells whether another copy has the turn.
+    WriteTurn();
     WriteTurn(const WriteTurn&) = delete;
     WriteTurn& operator=(const WriteTurn&) = delete;
 
+    bool isOthers() const { return isOthers_; }
+
 private:
+    void open();
+    /// True when it was taken, or when there can be no lock.
+    bool take();
+
     FileHandle lock_;
+    bool isOthers_ = false;
 };
 
 }  // namespace marlet

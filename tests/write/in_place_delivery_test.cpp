@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
+#include <thread>
 
 #include "foundation/errors.h"
 #include "foundation/file_ops.h"
@@ -11,6 +13,7 @@
 #include "foundation/work_area.h"
 #include "write/film_job.h"
 #include "write/job_end.h"
+#include "write/other_copy.h"
 #include "write/tag_writer.h"
 
 namespace marlet::test {
@@ -93,6 +96,25 @@ TEST(InPlaceWrite, AProgramThatStartedToWriteStopsTheRun) {
         other = std::make_unique<OtherProgram>(job.file(), OtherProgram::Holds::ForWriting);
     });
     const WriteOutcome outcome = job.write();
+    EXPECT_EQ(outcome.status, Status::stopped);
+    EXPECT_EQ(outcome.message, "another program started writing to this file; left untouched");
+    EXPECT_EQ(job.now(), job.original());
+    EXPECT_TRUE(job.isTidy());
+}
+
+TEST(InPlaceWrite, AProgramThatStartedToWriteWhileAnotherCopyHadTheTurnStopsTheRun) {
+    FilmJob job;
+    OtherCopysTurn turn;
+    std::unique_ptr<OtherProgram> other;
+    std::atomic<bool> isOver = false;
+    std::thread meanwhile([&] {
+        while (!turn.isWaitedFor() && !isOver) std::this_thread::yield();
+        other = std::make_unique<OtherProgram>(job.file(), OtherProgram::Holds::ForWriting);
+        turn.end();
+    });
+    const WriteOutcome outcome = job.write();
+    isOver = true;
+    meanwhile.join();
     EXPECT_EQ(outcome.status, Status::stopped);
     EXPECT_EQ(outcome.message, "another program started writing to this file; left untouched");
     EXPECT_EQ(job.now(), job.original());

@@ -12,6 +12,7 @@
 #include "foundation/work_area.h"
 #include "support/temp_folder.h"
 #include "write/journal.h"
+#include "write/other_copy.h"
 #include "write/tag_writer.h"
 
 namespace marlet::test {
@@ -192,6 +193,17 @@ TEST_F(Recovery, AFolderHeldByALivingProgramIsLeftInSilence) {
     EXPECT_TRUE(fs::exists(temp()));
     ASSERT_EQ(::flock(lock.get(), LOCK_UN), 0);
     EXPECT_EQ(recover(), finished);
+}
+
+TEST_F(Recovery, AFileThatAnotherCopyIsChangingIsLeftInSilence) {
+    OtherCopysTurn other;
+    EXPECT_EQ(recover(), std::nullopt);
+    EXPECT_EQ(film(), "half the verif");
+    EXPECT_TRUE(hasJournal());
+    EXPECT_TRUE(fs::exists(temp()));
+    other.end();
+    EXPECT_EQ(recover(), finished);
+    EXPECT_TRUE(other.take());
 }
 
 TEST_F(Recovery, AJournalThatCannotBeReadStays) {

@@ -1,37 +1,20 @@
 #include "write/write_turn.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/file.h>
 
 #include <future>
+#include <thread>
 
-#include "foundation/durable.h"
 #include "foundation/errors.h"
-#include "foundation/paths.h"
 #include "support/temp_folder.h"
+#include "write/other_copy.h"
 
 namespace marlet::test {
 namespace {
 
-/// As another copy of the program holds it.
-class Taken {
-public:
-    Taken() {
-        Durable::makeFolders(Paths::documentsDir());
-        const auto name = Paths::journalFile().replace_extension(".lock");
-        lock_ = FileHandle(Sys::open(name, O_RDWR | O_CREAT, 0600));
-        EXPECT_EQ(Sys::flock(lock_.get(), LOCK_EX | LOCK_NB), 0);
-    }
-    void end() { lock_.close(); }
-
-private:
-    FileHandle lock_;
-};
-
 TEST(WriteTurnTest, AnotherCopysChangeIsWaitedFor) {
     const OwnHome home;
-    Taken other;
+    OtherCopysTurn other;
     RunControl control;
     std::promise<void> waits;
     auto waiting = std::async(std::launch::async, [&] {
@@ -46,17 +29,61 @@ TEST(WriteTurnTest, AnotherCopysChangeIsWaitedFor) {
 
 TEST(WriteTurnTest, ACancelEndsTheWait) {
     const OwnHome home;
-    const Taken other;
+    const OtherCopysTurn other;
     RunControl control;
     control.cancel();
     EXPECT_THROW(WriteTurn turn(control), CancelError);
+}
+
+TEST(WriteTurnTest, ACancelAtTheEndOfTheWaitHolds) {
+    const OwnHome home;
+    OtherCopysTurn other;
+    RunControl control;
+    auto waiting = std::async(std::launch::async, [&] { const WriteTurn turn(control); });
+    while (!other.isWaitedFor()) std::this_thread::yield();
+    control.cancel();
+    other.end();
+    EXPECT_THROW(waiting.get(), CancelError);
+    EXPECT_TRUE(other.take());
+}
+
+TEST(WriteTurnTest, ACancelHoldsWhereNobodyIsWaitedFor) {
+    const OwnHome home;
+    RunControl control;
+    control.cancel();
+    EXPECT_THROW(WriteTurn turn(control), CancelError);
+}
+
+TEST(WriteTurnTest, APauseAtTheEndOfTheWaitHoldsAndKeepsNobodyElseWaiting) {
+    const OwnHome home;
+    OtherCopysTurn other;
+    RunControl control;
+    auto waiting = std::async(std::launch::async, [&] { const WriteTurn turn(control); });
+    while (!other.isWaitedFor()) std::this_thread::yield();
+    control.pause();
+    other.end();
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    while (!other.take()) std::this_thread::yield();
+    other.end();
+    control.resume();
+    waiting.get();
+}
+
+TEST(WriteTurnTest, WithoutWaitingItTellsWhetherAnotherCopyHasTheTurn) {
+    const OwnHome home;
+    OtherCopysTurn other;
+    EXPECT_TRUE(WriteTurn().isOthers());
+    other.end();
+    const WriteTurn turn;
+    EXPECT_FALSE(turn.isOthers());
+    EXPECT_FALSE(other.take());
 }
 
 TEST(WriteTurnTest, ATurnThatEndedIsTheNextOnes) {
     const OwnHome home;
     RunControl control;
     { const WriteTurn turn(control); }
-    const Taken other;
+    const OtherCopysTurn other;
 }
 
 TEST(WriteTurnTest, WhereNoLockCanBeMadeNobodyWaits) {
