@@ -1,10 +1,9 @@
 #include "app/history.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 
 #include <cerrno>
-#include <chrono>
+#include <new>
 #include <set>
 #include <thread>
 
@@ -35,23 +34,11 @@ fs::path asideName(const fs::path& file) {
     return name;
 }
 
-/// Keeps other copies of the program from replacing the file between our look at it and our own
-/// replacement of it. One that hangs is not waited for: History may then lose what that one writes,
-/// but holds nobody up.
-class Turn {
-public:
-    Turn() : folder_(Sys::open(Paths::documentsDir(), O_RDONLY | O_DIRECTORY)) {
-        constexpr auto pause = std::chrono::milliseconds(1);
-        constexpr int tries = 5000;
-        for (int i = 0; folder_.isOpen() && i < tries; i++) {
-            if (Sys::flock(folder_.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
-            std::this_thread::sleep_for(pause);
-        }
-    }
-
-private:
-    FileHandle folder_;
-};
+/// It says nothing about the file: the program or the machine is short of something, or a disk or
+/// a server doesn't answer just now.
+bool isTransient(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
+}
 
 /// The blocks of a replaced file are given back when it is closed, which for a long one takes half
 /// as long as writing the new one: nobody has to wait for that.
@@ -97,15 +84,28 @@ FileHandle HistoryStore::look() const {
     loaded_ = true;
     // Without waiting: a pipe of that name has no writer, and is not meant anyway.
     FileHandle handle(Sys::open(file(), O_RDONLY | O_NONBLOCK));
+    unreadable_ = false;
+    if (!handle.isOpen() && isTransient(errno)) {
+        unreadable_ = true;
+        return handle;
+    }
     if (!handle.isOpen()) {
         damaged_ = errno != ENOENT && errno != ENOTDIR;
         known_.reset();
         return handle;
     }
     const auto found = Sys::fstat(handle.get());
-    if (found && known_ && isSame(*found, *known_)) return handle;
+    if (!found) {
+        unreadable_ = true;
+        return handle;
+    }
+    if (known_ && isSame(*found, *known_)) return handle;
     known_ = found;
-    take(handle, found.value_or(Sys::FileStat{}));
+    take(handle, *found);
+    if (unreadable_) {
+        damaged_ = false;
+        known_.reset();
+    }
     return handle;
 }
 
@@ -115,9 +115,17 @@ void HistoryStore::take(const FileHandle& handle, const Sys::FileStat& found) co
     std::optional<HistoryList> decoded;
     try {
         Bytes text(static_cast<std::size_t>(found.size));
-        if (FileOps::readFull(handle.get(), text, 0) < text.size()) return;
+        try {
+            if (FileOps::readFull(handle.get(), text, 0) < text.size()) return;
+        } catch (const MFError&) {
+            unreadable_ = true;
+            return;
+        }
         decoded = HistoryJson::decode(text);
         if (decoded) entriesAt_ = HistoryJson::firstEntryAt(text);
+    } catch (const std::bad_alloc&) {
+        unreadable_ = true;
+        return;
     } catch (const std::exception&) {
         return;
     }
@@ -141,7 +149,7 @@ void HistoryStore::take(const FileHandle& handle, const Sys::FileStat& found) co
 void HistoryStore::append(HistoryEntry entry) {
     {
         makeFolder();
-        const Turn turn;
+        const HistoryTurn turn(patience);
         FileHandle old = look();
         entries_.addInFront(std::make_shared<const HistoryEntry>(std::move(entry)));
         unsaved_++;
@@ -154,8 +162,9 @@ void HistoryStore::append(HistoryEntry entry) {
 void HistoryStore::clear() {
     {
         makeFolder();
-        const Turn turn;
-        look();  // a damaged file is kept aside
+        const HistoryTurn turn(patience);
+        look();               // a damaged file is kept aside
+        unreadable_ = false;  // what could not be read this time is to go, too
         entries_.clear();
         unsaved_ = 0;
         save({});
@@ -183,6 +192,8 @@ void HistoryStore::replaceFile() {
 }
 
 void HistoryStore::save(const FileHandle& old) {
+    // In memory until the file can be read: another one must not take its place.
+    if (unreadable_) return;
     try {
         if (damaged_) {
             Durable::rename(file(), asideName(file()));

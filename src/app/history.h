@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/history_entry.h"
+#include "app/history_turn.h"
 #include "foundation/bytes.h"
 #include "foundation/syscalls.h"
 
@@ -31,6 +32,8 @@ public:
     static std::string csvOf(const HistoryList& entries);
     /// Told after each change.
     std::function<void()> onChanged;
+    /// For other running copies, over the whole session.
+    HistoryPatience patience;
 
 private:
     void loadOnce() const;
@@ -47,6 +50,7 @@ private:
     mutable HistoryList entries_;
     mutable std::size_t unsaved_ = 0;             ///< of the newest ones, those not in the file
     mutable bool damaged_ = false;                ///< the file exists but could not be read
+    mutable bool unreadable_ = false;             ///< this time; that says nothing about the file
     mutable std::optional<Sys::FileStat> known_;  ///< the file as last read or written
     mutable std::uint64_t entriesAt_ = 0;         ///< where its first entry begins
 };

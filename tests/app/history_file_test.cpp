@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -54,7 +55,12 @@ protected:
             all += each["title"].get<std::string>() + " ";
         return all;
     }
-    std::size_t filesAside() { return namesIn(Paths::documentsDir()).size() - 1; }
+    std::size_t filesAside() {
+        const auto names = namesIn(Paths::documentsDir());
+        return static_cast<std::size_t>(std::ranges::count_if(names, [](const std::string& name) {
+            return name.starts_with("history.json.damaged ");
+        }));
+    }
     void expectReplaced() {
         HistoryStore store;
         EXPECT_TRUE(store.entries().empty());
@@ -217,6 +223,52 @@ TEST_F(HistoryFile, AFailureOfAnyStepIsSwallowedAndTheEntryIsWrittenWithTheNextO
         EXPECT_EQ(titles(), expected);
         EXPECT_EQ(filesAside(), 0u);
     }
+}
+
+TEST_F(HistoryFile, AShortageOrADiskThatDoesNotAnswerIsNoDamage) {
+    for (const int error : {EMFILE, ENFILE, ENOMEM, EIO})
+        for (const Sys::Call call : {Sys::Call::Open, Sys::Call::Stat, Sys::Call::Read}) {
+            write("[" + std::string(oldEntry) + "]");
+            const std::string before = text();
+            HistoryStore store;
+            {
+                const Sys::Fault fault(call, error, 1, true, HistoryStore::file());
+                EXPECT_TRUE(store.entries().empty());
+                store.append(entry("New"));
+                EXPECT_EQ(store.entries().size(), 1u);
+            }
+            EXPECT_EQ(text(), before) << error;
+            store.append(entry("Last"));
+            EXPECT_EQ(titles(), "Last New Old ") << error;
+            EXPECT_EQ(filesAside(), 0u);
+        }
+}
+
+TEST_F(HistoryFile, DamageIsNotForgottenOverAShortage) {
+    write("half a fi");
+    HistoryStore store;
+    EXPECT_TRUE(store.entries().empty());
+    {
+        const Sys::Fault fault(Sys::Call::Open, EMFILE, 1, true, HistoryStore::file());
+        store.append(entry("New"));
+        EXPECT_EQ(filesAside(), 0u);
+    }
+    store.append(entry("Last"));
+    EXPECT_EQ(titles(), "Last New ");
+    EXPECT_EQ(filesAside(), 1u);
+}
+
+TEST_F(HistoryFile, WhatCannotBeReadJustNowIsClearedAllTheSame) {
+    write("[" + std::string(oldEntry) + "]");
+    HistoryStore store;
+    {
+        const Sys::Fault fault(Sys::Call::Read, EIO, 1, true, HistoryStore::file());
+        store.clear();
+    }
+    EXPECT_EQ(titles(), "");
+    EXPECT_EQ(filesAside(), 0u);
+    store.append(entry("New"));
+    EXPECT_EQ(titles(), "New ");
 }
 
 TEST_F(HistoryFile, AFullDiskLeavesTheOldFileAsItWas) {
