@@ -4,6 +4,7 @@
 #include <QColorSpace>
 #include <QImageReader>
 #include <algorithm>
+#include <array>
 #include <initializer_list>
 
 namespace marlet::PictureDecoder {
@@ -43,9 +44,10 @@ std::size_t scanOf(ByteView data) {
 /// A JPEG without its end would be shown grey from there on. A small picture in its header has an
 /// end of its own, so only what lies behind the header counts.
 bool isCutJPEG(ByteView data) {
-    constexpr std::uint8_t end[] = {0xFF, 0xD9};
+    constexpr std::array<std::uint8_t, 2> end = {0xFF, 0xD9};
     const auto body = data.subspan(std::min(scanOf(data), data.size()));
-    return std::ranges::search(body, end).empty();
+    // clang 14 has no std::ranges::search that it can compile.
+    return std::search(body.begin(), body.end(), end.begin(), end.end()) == body.end();
 }
 
 bool isReasonable(const QSize& size) {
