@@ -11,7 +11,7 @@ namespace {
 using Status = WriteOutcome::Status;
 
 constexpr const char* rawKept =
-    "writing failed (pwrite: Input/output error). The verified copy is kept at /work/copy.mp4; "
+    "writing failed (pwrite: Input/output error). The verified copy is kept at /private/copy.mp4; "
     "Marlet finishes it the next time it opens";
 
 class QueueScreen : public ModelTest {
@@ -303,7 +303,7 @@ TEST_F(QueueScreen, AFileThatMayBeDamagedShowsTheRawSentenceFirst) {
     const std::vector<std::string> sentences = {
         rawKept,
         "after writing, the sound layout measured 2.0 s and the original could not be put back; "
-        "the original copy is at /work/original.mp4",
+        "the original copy is at /private/original.mp4",
         "the file's identity changed during the write; check it"};
     for (const std::string& sentence : sentences) {
         staged->outcomes["a.mp4"] = failed(sentence, Status::stopped);

@@ -11,7 +11,7 @@ TestCase {
     width: 1180
     height: 760
 
-    readonly property string kept: "writing failed (pwrite: Input/output error). The verified copy is kept at /work/copy.mp4; Marlet finishes it the next time it opens"
+    readonly property string kept: "writing failed (pwrite: Input/output error). The verified copy is kept at /private/copy.mp4; Marlet finishes it the next time it opens"
 
     RootView { id: root; anchors.fill: parent }
     Shortcuts { root: root }
