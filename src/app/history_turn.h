@@ -3,7 +3,7 @@
 #include <chrono>
 #include <functional>
 
-#include "foundation/syscalls.h"
+#include "foundation/copy_lock.h"
 
 namespace marlet {
 
@@ -25,7 +25,7 @@ public:
     HistoryTurn& operator=(const HistoryTurn&) = delete;
 
 private:
-    FileHandle lock_;
+    CopyLock lock_;
 };
 
 }  // namespace marlet

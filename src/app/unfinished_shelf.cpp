@@ -1,10 +1,7 @@
 #include "app/unfinished_shelf.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <utility>
 
 #include "foundation/durable.h"
@@ -36,18 +33,6 @@ UnfinishedShelf::Path UnfinishedShelf::fileOf(int number) {
     return Paths::documentsDir() / (name + ".json");
 }
 
-/// Beside the file, since that one is replaced by every write; never removed, since another copy
-/// may be about to lock it.
-std::optional<FileHandle> UnfinishedShelf::lockOf(int number) {
-    const Path name = fileOf(number).replace_extension(".lock");
-    FileHandle lock(Sys::open(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600));
-    if (lock.isOpen() && Sys::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK) return std::nullopt;
-        lock.close();
-    }
-    return lock;
-}
-
 void UnfinishedShelf::open() {
     const std::lock_guard guard(writing_);
     try {
@@ -61,21 +46,22 @@ void UnfinishedShelf::open() {
         const Path file = fileOf(number);
         const bool isThere = Sys::lstat(file).has_value();
         if (!file_.empty() && !isThere) continue;
-        std::optional<FileHandle> lock = lockOf(number);
-        if (!lock) {
+        CopyLock lock(file);
+        if (!lock.isOpen()) continue;
+        const CopyLock::Holder holder = lock.take();
+        if (holder == CopyLock::Holder::Others) continue;
+        if (holder == CopyLock::Holder::Nobody) {
             // Without locks nobody can tell what belongs to a copy that has ended.
             if (number > 1) continue;
             number = mostCopies;
-        } else if (!lock->isOpen()) {
-            continue;
         }
         const bool wasRead = isThere && read(file);
         if (file_.empty()) {
-            if (lock) lock_ = *std::move(lock);
+            lock_ = std::move(lock);
             file_ = file;
             if (wasRead) written_.reset();
         } else if (wasRead) {
-            left_.push_back({file, *std::move(lock)});
+            left_.push_back({file, std::move(lock)});
         }
     }
 }

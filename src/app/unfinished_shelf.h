@@ -14,6 +14,7 @@
 
 #include "app/unfinished.h"
 #include "app/unfinished_json.h"
+#include "foundation/copy_lock.h"
 #include "foundation/syscalls.h"
 
 namespace marlet {
@@ -74,12 +75,10 @@ private:
     };
     struct Left {
         Path file;
-        FileHandle lock;
+        CopyLock lock;
     };
 
     static Path fileOf(int number);
-    /// Not open when another copy holds it; nothing where there are no locks.
-    static std::optional<FileHandle> lockOf(int number);
     /// False when nothing could be read.
     bool read(const Path& file);
     void takeHanded();
@@ -92,7 +91,7 @@ private:
     /// Never held while a film is looked at: a disk that has gone may not answer for minutes.
     mutable std::timed_mutex writing_;
     Path file_;  ///< empty: nothing is kept
-    FileHandle lock_;
+    CopyLock lock_;
     std::vector<Left> left_;  ///< of ended copies, until our own file holds what they did
     std::map<std::string, Record> records_;  ///< by location
     std::vector<Path> queue_;

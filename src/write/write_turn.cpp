@@ -1,9 +1,5 @@
 #include "write/write_turn.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-
-#include <cerrno>
 #include <chrono>
 #include <thread>
 
@@ -26,7 +22,7 @@ WriteTurn::WriteTurn(RunControl& control) {
         // change. Not parked with the turn in hand, or the other copies would wait, too.
         if (control.isCancelled()) throw CancelError();
         if (!control.isPaused()) return;
-        if (lock_.isOpen()) Sys::flock(lock_.get(), LOCK_UN);
+        lock_.release();
     }
 }
 
@@ -41,15 +37,11 @@ void WriteTurn::open() {
     } catch (const MFError&) {
         return;  // the journal will say so
     }
-    // Beside the journal, which comes and goes; never removed, since another copy may be about to
-    // lock it.
-    const auto name = Paths::journalFile().replace_extension(".lock");
-    lock_ = FileHandle(Sys::open(name, O_RDWR | O_CREAT | O_NOFOLLOW, 0600));
+    lock_ = CopyLock(Paths::journalFile());
 }
 
 bool WriteTurn::take() {
-    return !lock_.isOpen() || Sys::flock(lock_.get(), LOCK_EX | LOCK_NB) == 0 ||
-           errno != EWOULDBLOCK;
+    return lock_.take() != CopyLock::Holder::Others;
 }
 
 }  // namespace marlet

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "foundation/copy_lock.h"
 #include "foundation/run_control.h"
-#include "foundation/syscalls.h"
 
 namespace marlet {
 
@@ -27,7 +27,7 @@ private:
     /// True when it was taken, or when there can be no lock.
     bool take();
 
-    FileHandle lock_;
+    CopyLock lock_;
     bool isOthers_ = false;
 };
 
