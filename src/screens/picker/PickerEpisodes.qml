@@ -56,25 +56,30 @@ FocusScope {
             box.Accessible.name: qsTr("Season")
             onChosen: index => page.show.pickSeason(index)
         }
-        IconButton {
-            objectName: "pickerRefresh"
-            visible: page.show.searchesAll
-            glyph: "refresh"
-            text: qsTr("Refresh from TMDB")
-            help: qsTr("Downloads this show again, ignoring what Marlet saved earlier")
-            onClicked: page.show.refresh()
-        }
     }
     SearchBox {
         id: words
         objectName: "pickerWords"
         visible: page.show.searchesAll
         height: visible ? implicitHeight : 0
-        anchors { left: parent.left; right: parent.right; top: head.bottom; topMargin: visible ? Theme.s2 : 0 }
+        anchors {
+            left: parent.left; right: refresh.left; rightMargin: Theme.s2
+            top: head.bottom; topMargin: visible ? Theme.s2 : 0
+        }
         prompt: qsTr("Search every season and Specials")
         onEdited: value => page.show.search(value)
         onAccepted: list.forceActiveFocus()
         Keys.onDownPressed: list.forceActiveFocus()
+    }
+    PushButton {
+        id: refresh
+        objectName: "pickerRefresh"
+        visible: page.show.searchesAll
+        anchors { right: parent.right; top: words.top }
+        glyph: "refresh"
+        text: qsTr("Refresh from TMDB")
+        help: qsTr("Downloads this show again, ignoring what Marlet saved earlier")
+        onClicked: page.show.refresh()
     }
     ProgressLine {
         objectName: "showWaiting"

@@ -58,7 +58,6 @@ public:
 
 Q_SIGNALS:
     void edited();
-    void taken();
 
 private:
     struct Film {

@@ -38,6 +38,21 @@ PickerAsker::Waiting::~Waiting() {
     if (std::exchange(asker_.waiting_, false)) Q_EMIT asker_.changed();
 }
 
+Task<> PickerAsker::choose(std::function<Task<bool>()> taking, CancelToken cancel) {
+    const Waiting waiting(*this);
+    try {
+        clearFailure();
+        auto asked = taking();
+        const bool done = co_await asked;
+        if (cancel.isCancelled()) co_return;
+        if (!done) throw MFError("not taken");
+    } catch (const std::exception& error) {
+        if (!cancel.isCancelled()) fail(error);
+        co_return;
+    }
+    Q_EMIT taken();
+}
+
 void PickerAsker::fail(const std::exception& error) {
     const auto* told = dynamic_cast<const TMDBError*>(&error);
     if (told != nullptr && told->kind() == TMDBError::Kind::noKey) {

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QTimer>
 #include <exception>
+#include <functional>
 
 #include "sources/async.h"
 
@@ -30,6 +31,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// The file has what was chosen.
+    void taken();
 
 protected:
     PickerAsker(AppModel& model, QObject* parent);
@@ -48,6 +51,8 @@ protected:
     private:
         PickerAsker& asker_;
     };
+    /// Has the source give the file what was chosen, and tells how that went.
+    Task<> choose(std::function<Task<bool>()> taking, CancelToken cancel);
     /// A source that can't be reached is told as a toast, too.
     void fail(const std::exception& error);
     void clearFailure() { failure_.clear(); }

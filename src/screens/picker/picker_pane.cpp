@@ -225,19 +225,10 @@ void PickerPane::use() {
     Q_EMIT changed();
 }
 
-Task<> PickerPane::take(PickerTitle film, CancelToken cancel) {
-    const Waiting waiting(*this);
-    try {
-        clearFailure();
-        auto taking = source_->takeFilm(file_.url, std::move(film), cancel);
-        const bool done = co_await taking;
-        if (cancel.isCancelled()) co_return;
-        if (!done) throw MFError("not taken");
-    } catch (const std::exception& error) {
-        if (!cancel.isCancelled()) fail(error);
-        co_return;
-    }
-    Q_EMIT taken();
+void PickerPane::take(PickerTitle film, CancelToken cancel) {
+    choose([this, film = std::move(film),
+            cancel] { return source_->takeFilm(file_.url, film, cancel); },
+           cancel);
 }
 
 }  // namespace marlet

@@ -65,14 +65,11 @@ public:
     /// Takes the film, or opens the show's page.
     Q_INVOKABLE void use();
 
-Q_SIGNALS:
-    void taken();
-
 private:
     Task<> find(QString words, bool tv, CancelToken cancel);
     void fillRow(const QString& key);
     Task<> fill(PickerTitle title, bool tv, CancelToken cancel);
-    Task<> take(PickerTitle film, CancelToken cancel);
+    void take(PickerTitle film, CancelToken cancel);
     void takeOver(std::vector<PickerTitle> found);
     void showTitles();
     void preselect();

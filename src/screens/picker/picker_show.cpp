@@ -306,19 +306,10 @@ void PickerShow::use() {
     take(std::move(one), chosen.season, renew(taking_));
 }
 
-Task<> PickerShow::take(std::vector<EpisodeChoice> files, int season, CancelToken cancel) {
-    const Waiting waiting(*this);
-    try {
-        clearFailure();
-        auto taking = source_.takeEpisodes(std::move(files), *show_, season, cancel);
-        const bool done = co_await taking;
-        if (cancel.isCancelled()) co_return;
-        if (!done) throw MFError("not taken");
-    } catch (const std::exception& error) {
-        if (!cancel.isCancelled()) fail(error);
-        co_return;
-    }
-    Q_EMIT taken();
+void PickerShow::take(std::vector<EpisodeChoice> files, int season, CancelToken cancel) {
+    choose([this, files = std::move(files), season,
+            cancel] { return source_.takeEpisodes(files, *show_, season, cancel); },
+           cancel);
 }
 
 }  // namespace marlet

@@ -75,8 +75,6 @@ public:
 
 Q_SIGNALS:
     void seasonsChanged();
-    /// The file has what was chosen.
-    void taken();
 
 private:
     using Fresh = PickerSource::Fresh;
@@ -84,7 +82,7 @@ private:
     Task<> load(Fresh fresh, CancelToken cancel);
     Task<> loadSeason(Fresh fresh, CancelToken cancel);
     Task<> loadAll(Fresh fresh, CancelToken cancel);
-    Task<> take(std::vector<EpisodeChoice> files, int season, CancelToken cancel);
+    void take(std::vector<EpisodeChoice> files, int season, CancelToken cancel);
     void takeSeasons(std::vector<int> numbers);
     void chooseFirstSeason();
     void showRows();

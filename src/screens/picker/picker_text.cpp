@@ -44,7 +44,7 @@ QString facts(const PickerEpisode& episode) {
     QStringList facts;
     addMinutes(facts, episode.runtime);
     const QDate date = QDate::fromString(toQt(episode.date), Qt::ISODate);
-    if (date.isValid()) facts += QLocale().toString(date, QStringLiteral("d MMM yyyy"));
+    if (date.isValid()) facts += QLocale::system().toString(date, QStringLiteral("d MMM yyyy"));
     return joined(facts);
 }
 
