@@ -5,6 +5,7 @@
 #include "app/model_fixture.h"
 #include "foundation/paths.h"
 #include "foundation/run_mode.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/desktop/file_manager.h"
 #include "screens/desktop/run_watch.h"
@@ -56,7 +57,10 @@ protected:
         watch = std::make_unique<RunWatch>(*model, buses);
         watch->isInFront = [this] { return inFront; };
         watch->launcher().setPause(pauseOfTaskBar);
-        model->onChanged = [this] { watch->refresh(); };
+        model->onChanged = [this] {
+            watch->refresh();
+            wasToldOfARun = model->queue().active();
+        };
     }
     void TearDown() override {
         if (worker) worker->letGo();
@@ -97,8 +101,10 @@ protected:
         const WriteQueue& queue = model->queue();
         until([&] { return ended() > before && (queue.current() != nullptr || !queue.active()); });
     }
+    /// The model tells its changes once a turn of the event loop, so an end that is there may not
+    /// have been told yet.
     void untilEnded() {
-        until([&] { return !model->queue().active(); });
+        until([&] { return !model->queue().active() && !wasToldOfARun; });
         untilDelivered();
     }
     void runOne(WriteOutcome::Status status) {
@@ -112,6 +118,7 @@ protected:
     std::shared_ptr<StagedWorker> worker;
     std::unique_ptr<RunWatch> watch;
     bool inFront = false;
+    bool wasToldOfARun = false;
     std::chrono::milliseconds pauseOfTaskBar{1};
 };
 
@@ -182,7 +189,7 @@ TEST_F(Desktop, ALockThatComesAfterTheRunIsGivenBack) {
     begin({"a.mp4"});
     until([&] { return desktop->count(inhibit) == 1; });
     end({.status = WriteOutcome::Status::done});
-    until([&] { return !model->queue().active(); });
+    untilEnded();
     desktop->answerNow();
     untilDelivered();
     until([&] { return !desktop->isLockHeld(); });
@@ -300,13 +307,15 @@ TEST_F(Desktop, TheTaskBarIsToldNoMoreOftenThanItsPauseAllowsAndTheLatestIsNotLo
 }
 
 TEST_F(Desktop, TheFileManagerIsAskedForTheFilesByTheirAddresses) {
-    FileManager::show({QStringLiteral("/films/Amélie #1.mp4"), QStringLiteral("/films/b 50%.mp4")},
+    FileManager::show({FileAddress::of("/films/Amélie #1.mp4"), FileAddress::of("/films/b 50%.mp4"),
+                       FileAddress::of("/films/Latin \xE9.mp4")},
                       desktop->client());
     const QString showItems = QStringLiteral("org.freedesktop.FileManager1.ShowItems");
     until([&] { return desktop->count(showItems) == 1; });
     EXPECT_EQ(desktop->arguments(showItems),
               (QVariantList{QStringList{QStringLiteral("file:///films/Am%C3%A9lie%20%231.mp4"),
-                                        QStringLiteral("file:///films/b%2050%25.mp4")},
+                                        QStringLiteral("file:///films/b%2050%25.mp4"),
+                                        QStringLiteral("file:///films/Latin%20%E9.mp4")},
                             QString()}));
     FileManager::show({}, desktop->client());
     untilDelivered();
