@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/app_model.h"
+#include "app/label_details.h"
 #include "foundation/run_mode.h"
 #include "write/restore_points.h"
 
@@ -16,16 +17,6 @@ constexpr const char* resumeLater = "The queue is running. Resume when it's fini
 
 bool hasEnded(const WriteQueue::Job& job) {
     return job.state != State::waiting && job.state != State::running;
-}
-
-Details labelDetailsOf(const WriteQueue::Job& job) {
-    Details details;
-    details.kind = job.isMovie ? MediaKind::movie : MediaKind::tv;
-    details.title = job.title;
-    details.show = job.show.value_or("");
-    details.season = job.season;
-    details.episode = job.episode;
-    return details;
 }
 
 }  // namespace
@@ -49,7 +40,7 @@ UnfinishedStore::Teller AppModel::unfinishedTeller() {
                     std::vector<UnfinishedRestore> restores;
                     for (const WriteQueue::Job& job : queue_.jobs())
                         if (!hasEnded(job) && job.request.isRestore())
-                            restores.push_back({job.request.file, labelDetailsOf(job), job.year});
+                            restores.push_back({job.request.file, labelDetails(job), job.year});
                     return restores;
                 }};
 }
