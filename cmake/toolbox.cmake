@@ -38,10 +38,20 @@ if(CCACHE)
     ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
+# Reads the headers of others that nearly every file of a target reads, once. A build with
+# CMAKE_DISABLE_PRECOMPILE_HEADERS (the debug one) shows who forgot to name what he uses.
+function(marlet_precompile target)
+  target_precompile_headers(${target} PRIVATE ${ARGN})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -fpch-preprocess)  # for ccache
+  endif()
+endfunction()
+
 # A room: one folder, one static library. SEES lists the rooms below it; what it lists is all it
-# can link, so an arrow that is not drawn does not build. LIBS are outside libraries.
+# can link, so an arrow that is not drawn does not build. LIBS are outside libraries; READS are
+# their headers that most of its files read.
 function(marlet_room name)
-  cmake_parse_arguments(ROOM "" "" "SEES;LIBS;PUBLIC_LIBS" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "SEES;LIBS;PUBLIC_LIBS;READS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   list(FILTER sources EXCLUDE REGEX "/([a-z]+_)*main\\.cpp$")
   add_library(marlet_${name} STATIC ${sources})
@@ -50,14 +60,21 @@ function(marlet_room name)
   foreach(room IN LISTS ROOM_SEES)
     target_link_libraries(marlet_${name} PUBLIC marlet_${room})
   endforeach()
+  if(ROOM_READS)
+    marlet_precompile(marlet_${name} ${ROOM_READS})
+  endif()
 endfunction()
+
+# What whoever waits for answers reads: coroutines over Qt's event loop.
+set(MARLET_ASYNC_HEADERS <QCoroTask> <algorithm> <chrono> <coroutine> <filesystem> <functional> <map>
+  <memory> <optional> <set> <string> <variant> <vector>)
 
 # Tests are compiled once and run once: optimising them costs more than it gives.
 set(MARLET_TEST_FLAGS -O0)
 
 # One test program per folder of tests/; every test of it is a test of CTest.
 function(marlet_tests_dir name)
-  cmake_parse_arguments(TESTS "" "" "SEES;LIBS" ${ARGN})
+  cmake_parse_arguments(TESTS "" "" "SEES;LIBS;READS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
   add_executable(${name}_tests ${sources})
   target_include_directories(${name}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
@@ -70,11 +87,8 @@ function(marlet_tests_dir name)
   set_target_properties(${name}_tests PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   # Reading these is most of the work of building a test.
-  target_precompile_headers(${name}_tests PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm>
-    <filesystem> <functional> <map> <string> <vector>)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    target_compile_options(${name}_tests PRIVATE -fpch-preprocess)  # for ccache
-  endif()
+  marlet_precompile(${name}_tests <gmock/gmock.h> <gtest/gtest.h> <algorithm> <filesystem>
+    <functional> <map> <string> <vector> ${TESTS_READS})
   gtest_discover_tests(${name}_tests TEST_PREFIX "${name}: " DISCOVERY_MODE PRE_TEST
     PROPERTIES TIMEOUT 300)
 endfunction()
