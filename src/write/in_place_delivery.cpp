@@ -28,12 +28,9 @@ std::optional<std::uint64_t> fileNumber(const fs::path& file) {
 void InPlaceDelivery::run() {
     requireUntouched();
     job_.control.checkpoint();
-    // Not paused from here on, or the others would wait, too.
-    const WriteTurn turn(job_.control);
-    // The wait may have lasted for hours, by a pause or by another copy's rebuild.
-    requireUntouched();
-    // To ask that of every process takes a while.
-    if (job_.control.isCancelled()) throw CancelError();
+    // Not paused from here on, or the others would wait, too. Looked at once more, since the wait
+    // may have lasted for hours, by a pause or by another copy's rebuild.
+    const WriteTurn turn(job_.control, [this] { requireUntouched(); });
     const CriticalSection critical(job_.control);
     const auto number = fileNumber(job_.file());
     write();

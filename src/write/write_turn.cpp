@@ -9,7 +9,17 @@
 
 namespace marlet {
 
-WriteTurn::WriteTurn(RunControl& control) {
+namespace {
+
+/// False while the person wants the job to wait.
+bool mayGoOn(const RunControl& control) {
+    if (control.isCancelled()) throw CancelError();
+    return !control.isPaused();
+}
+
+}  // namespace
+
+WriteTurn::WriteTurn(RunControl& control, const std::function<void()>& check) {
     open();
     constexpr auto pause = std::chrono::milliseconds(20);
     for (;;) {
@@ -20,8 +30,10 @@ WriteTurn::WriteTurn(RunControl& control) {
         }
         // The person may have spoken since the checkpoint, and it is the last one before the
         // change. Not parked with the turn in hand, or the other copies would wait, too.
-        if (control.isCancelled()) throw CancelError();
-        if (!control.isPaused()) return;
+        if (mayGoOn(control)) {
+            if (check) check();
+            if (mayGoOn(control)) return;
+        }
         lock_.release();
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "foundation/copy_lock.h"
 #include "foundation/run_control.h"
 
@@ -13,8 +15,10 @@ public:
     /// Waits while another copy is changing a file, as long as that takes; the job can be paused
     /// and cancelled meanwhile (CancelError), and neither is it when the turn is had. Where there
     /// can be no such lock, nobody is kept waiting: what the journal itself says is looked at in
-    /// any case.
-    explicit WriteTurn(RunControl& control);
+    /// any case. `check` is the last look at the file, with the turn in hand, which may throw and
+    /// take its time: a pause or a cancel in the middle of it holds as well, and after a pause
+    /// there is another look.
+    explicit WriteTurn(RunControl& control, const std::function<void()>& check = {});
     /// Without waiting; isOthers() tells whether another copy has the turn.
     WriteTurn();
     WriteTurn(const WriteTurn&) = delete;

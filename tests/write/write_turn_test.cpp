@@ -69,6 +69,44 @@ TEST(WriteTurnTest, APauseAtTheEndOfTheWaitHoldsAndKeepsNobodyElseWaiting) {
     waiting.get();
 }
 
+TEST(WriteTurnTest, ACancelInTheMiddleOfTheLastLookHolds) {
+    const OwnHome home;
+    RunControl control;
+    EXPECT_THROW(WriteTurn turn(control, [&] { control.cancel(); }), CancelError);
+    const OtherCopysTurn other;
+}
+
+TEST(WriteTurnTest, APauseInTheMiddleOfTheLastLookHoldsKeepsNobodyElseWaitingAndIsFollowedByALook) {
+    const OwnHome home;
+    RunControl control;
+    int looks = 0;
+    std::promise<void> paused;
+    auto waiting = std::async(std::launch::async, [&] {
+        const WriteTurn turn(control, [&] {
+            if (++looks > 1) return;
+            control.pause();
+            paused.set_value();
+        });
+    });
+    paused.get_future().wait();
+    Durable::makeFolders(Paths::documentsDir());
+    const FileHandle other(
+        Sys::open(Paths::journalFile().replace_extension(".lock"), O_RDWR | O_CREAT, 0600));
+    while (Sys::flock(other.get(), LOCK_EX | LOCK_NB) != 0) std::this_thread::yield();
+    ASSERT_EQ(Sys::flock(other.get(), LOCK_UN), 0);
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    control.resume();
+    waiting.get();
+    EXPECT_EQ(looks, 2);
+}
+
+TEST(WriteTurnTest, ALastLookThatFailsGivesTheTurnBack) {
+    const OwnHome home;
+    RunControl control;
+    EXPECT_THROW(WriteTurn turn(control, [] { throw MFError("not as it was"); }), MFError);
+    const OtherCopysTurn other;
+}
+
 TEST(WriteTurnTest, WithoutWaitingItTellsWhetherAnotherCopyHasTheTurn) {
     const OwnHome home;
     OtherCopysTurn other;
