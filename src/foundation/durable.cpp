@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "foundation/file_ops.h"
@@ -35,10 +37,20 @@ void flushOpenFolder(const FileHandle& folder, const std::string& phrase) {
     if (Sys::fsync(folder.get()) != 0 && !cannotFlushFolders(errno)) failWithErrno(phrase);
 }
 
+constexpr std::string_view temporaryEnd = ".tmp";
+
 /// Hidden, and never the same twice. The name is cut to stay below the limit of 255 bytes.
 fs::path temporaryBeside(const fs::path& file) {
     const std::string name = file.filename().string().substr(0, 200);
-    return file.parent_path() / ("." + name + "." + newUUID() + ".tmp");
+    return file.parent_path() / ("." + name + "." + newUUID() + std::string(temporaryEnd));
+}
+
+bool isTemporary(const std::string& name) {
+    constexpr std::size_t uuidSize = 36;
+    if (!name.starts_with('.') || !name.ends_with(temporaryEnd)) return false;
+    if (name.size() < 1 + 1 + 1 + uuidSize + temporaryEnd.size()) return false;
+    const std::size_t uuidAt = name.size() - temporaryEnd.size() - uuidSize;
+    return name[uuidAt - 1] == '.' && isUUID(name.substr(uuidAt, uuidSize));
 }
 
 }  // namespace
@@ -77,6 +89,11 @@ NewFile::~NewFile() {
     if (!isNamed_) Sys::unlink(temporary_);
 }
 
+void NewFile::reserve(std::uint64_t size) {
+    // Not posix_fallocate, which writes all of it where the file system can't.
+    ::fallocate(handle_.get(), 0, 0, static_cast<off_t>(size));
+}
+
 Sys::FileStat NewFile::commit() {
     if (Sys::fsync(handle_.get()) != 0) failWithErrno(newFilePhrase);
     const auto found = Sys::fstat(handle_.get());
@@ -91,6 +108,16 @@ void writeFile(const fs::path& file, ByteView content) {
     NewFile next(file);
     FileOps::writeAll(next.fd(), content, 0);
     next.commit();
+}
+
+void removeLeftovers(const fs::path& folder, FileTime changedBefore) {
+    std::error_code failed;
+    for (fs::directory_iterator each(folder, failed), end; !failed && each != end;
+         each.increment(failed)) {
+        if (!isTemporary(each->path().filename().string())) continue;
+        const auto found = Sys::lstat(each->path());
+        if (found && found->isRegular && found->mtime < changedBefore) Sys::unlink(each->path());
+    }
 }
 
 void flushFile(const fs::path& file) {

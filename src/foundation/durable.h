@@ -27,6 +27,9 @@ public:
     NewFile& operator=(const NewFile&) = delete;
 
     int fd() const { return handle_.get(); }
+    /// Sets blocks aside for a content of so many bytes, so that they lie together and needn't be
+    /// found while it is written. Where the file system can't, nothing happens.
+    void reserve(std::uint64_t size);
     /// Flush, rename, flush the folder; tells what the file then is. Once at most.
     Sys::FileStat commit();
 
@@ -36,6 +39,10 @@ private:
     FileHandle handle_;
     bool isNamed_ = false;
 };
+/// Removes what a process that died in the middle of writeFile or a NewFile left in the folder:
+/// files of such a hidden name, and only those last changed before that time, since a living one
+/// may be at the others. Never fails.
+void removeLeftovers(const std::filesystem::path& folder, FileTime changedBefore);
 void flushFile(const std::filesystem::path& file);
 void flushFolder(const std::filesystem::path& folder);
 /// Renames and flushes the folder(s).

@@ -141,6 +141,46 @@ TEST_F(DurableTest, RemovingWhatIsNotThereIsNoFailure) {
     EXPECT_FALSE(exists(file));
 }
 
+TEST_F(DurableTest, LeftoversGoByTheirNameAndTheirAgeAndNothingElseDoes) {
+    const std::string uuid = "8F1C6D0E-5B7A-4C11-9E0D-2A3B4C5D6E7F";
+    const std::string leftover = ".history.json." + uuid + ".tmp";
+    const FileTime limit{std::chrono::hours(1000)};
+    const auto written = [&](const fs::path& name, int hoursBefore) {
+        const auto file = folder.write(name, "x");
+        EXPECT_EQ(Sys::setModified(file, limit - std::chrono::hours(hoursBefore)), 0);
+        return file;
+    };
+    written(leftover, 1);
+    written(".a." + uuid + ".tmp", 1);
+    Durable::removeLeftovers(folder.path(), limit);
+    EXPECT_EQ(namesLeft(), 0U);
+
+    for (const std::string& other : std::initializer_list<std::string>{
+             "history.json." + uuid + ".tmp", ".history.json.tmp", "." + uuid + ".tmp",
+             ".history.json." + uuid, ".history.json.x" + uuid.substr(1) + ".tmp",
+             ".history.json-" + uuid + ".tmp", "history.json", ".tmp"})
+        written(other, 1);
+    written(".b." + uuid + ".tmp", 0);
+    fs::create_directory(folder / (".c." + uuid + ".tmp"));
+    fs::create_symlink(folder / "history.json", folder / (".d." + uuid + ".tmp"));
+    const std::size_t before = namesLeft();
+    Durable::removeLeftovers(folder.path(), limit);
+    EXPECT_EQ(namesLeft(), before);
+    EXPECT_NO_THROW(Durable::removeLeftovers(folder / "none", limit));
+}
+
+TEST_F(DurableTest, AWriteThatWasCutOffLeavesOnlyWhatIsKnownAsALeftover) {
+    const auto file = folder / (std::string(230, 'n') + ".json");
+    {
+        const Fault unlink(Call::Unlink, EPERM, 1, true);
+        const Fault full(Call::Write, ENOSPC, 1, true);
+        failureOf([&] { Durable::writeFile(file, viewOf("x")); });
+    }
+    EXPECT_EQ(namesLeft(), 1U);
+    Durable::removeLeftovers(folder.path(), FileTime::max());
+    EXPECT_EQ(namesLeft(), 0U);
+}
+
 TEST_F(DurableTest, FlushingTellsItsFailures) {
     EXPECT_EQ(failureOf([&] { Durable::flushFile(folder / "none"); }),
               "cannot flush file: No such file or directory");
