@@ -12,7 +12,8 @@ namespace marlet {
 /// The person's stored settings, each with its default, read at the time they are needed.
 namespace Settings {
 
-/// The store on disk (Paths::preferencesFile()); every change is written through at once.
+/// The store on disk (Paths::preferencesFile()). A change holds at once and is written a moment
+/// later.
 std::unique_ptr<Preferences> open();
 
 /// Whether a write lays a file out anew whose sound is over the limit. Absent or odd means yes.

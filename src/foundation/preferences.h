@@ -23,6 +23,9 @@ public:
     virtual void setText(const std::string& key, const std::string& value) = 0;
     virtual void setTexts(const std::string& key, const std::vector<std::string>& value) = 0;
     virtual void remove(const std::string& key) = 0;
+    /// Returns when everything set so far is where a later run finds it. The end of a store does
+    /// the same.
+    virtual void flush() {}
 
     /// The store in force; an empty one in memory until another is installed. Installing ends the
     /// old store, so it is done before other threads run.
