@@ -111,7 +111,8 @@ TEST_F(HistoryScreen, TheEpisodesOfOneRunAreOneRow) {
     EXPECT_EQ(text(0, "title"), "A Show");
     EXPECT_EQ(text(0, "sub"), "Season 2 · 3 episodes");
     EXPECT_EQ(screen->filesOf(key(0)),
-              (QStringList{"/shows/3.mp4", "/shows/2.mp4", "/shows/1.mp4"}));
+              (QList<QUrl>{QUrl("file:///shows/3.mp4"), QUrl("file:///shows/2.mp4"),
+                           QUrl("file:///shows/1.mp4")}));
 }
 
 TEST_F(HistoryScreen, TheFilterAndTheSearchLeaveWhatFits) {

@@ -238,7 +238,7 @@ TEST_F(QueueScreen, AllDoneSaysSoAndExplainsNothing) {
     EXPECT_EQ(queue->detail(), "1 done");
     EXPECT_FALSE(queue->canRetry());
     EXPECT_TRUE(queue->canShow());
-    EXPECT_EQ(queue->outputs(), QStringList{"/films/a.mp4"});
+    EXPECT_EQ(queue->outputs(), QList<QUrl>{QUrl("file:///films/a.mp4")});
     EXPECT_EQ(text(0, "second"), "Details written · Sound layout 3.21 s → 0.50 s");
     EXPECT_EQ(text(0, "happened") + text(0, "next") + text(0, "technical"), "");
 }
@@ -339,11 +339,11 @@ TEST_F(QueueScreen, RetryRunsWhatFailedAgainInItsOldPlace) {
 TEST_F(QueueScreen, AJobsFileIsTheOneItWrote) {
     staged->outcomes["a.mkv"] = {.status = Status::done, .output = "/elsewhere/a.m4v"};
     give({"a.mkv", "b.mp4"});
-    EXPECT_EQ(queue->filesOf("job of b.mp4"), QStringList{"/films/b.mp4"});
+    EXPECT_EQ(queue->filesOf("job of b.mp4"), QList<QUrl>{QUrl("file:///films/b.mp4")});
     queue->start();
     untilFinished();
-    EXPECT_EQ(queue->filesOf("job of a.mkv"), QStringList{"/elsewhere/a.m4v"});
-    EXPECT_EQ(queue->filesOf("no such job"), QStringList());
+    EXPECT_EQ(queue->filesOf("job of a.mkv"), QList<QUrl>{QUrl("file:///elsewhere/a.m4v")});
+    EXPECT_EQ(queue->filesOf("no such job"), QList<QUrl>());
 }
 
 TEST(TimeLeft, IsToldInRoundWords) {

@@ -57,8 +57,8 @@ void DesktopModel::pose(std::optional<bool> dark) {
     refresh();
 }
 
-void DesktopModel::showInFolder(const QStringList& paths) {
-    FileManager::show(paths);
+void DesktopModel::showInFolder(const QList<QUrl>& files) {
+    FileManager::show(files);
 }
 
 }  // namespace marlet

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QtQml/qqmlregistration.h>
+#include <QList>
 #include <QString>
-#include <QStringList>
+#include <QUrl>
 #include <optional>
 
 #include "screens/base/screen_part.h"
@@ -33,7 +34,7 @@ public:
     bool reducedMotion() const { return reducedMotion_; }
     QString family() const { return family_; }
     /// The file manager opens with these files selected.
-    Q_INVOKABLE void showInFolder(const QStringList& paths);
+    Q_INVOKABLE void showInFolder(const QList<QUrl>& files);
     /// For pictures: this look whatever is set, and nothing moves. Nothing ends it.
     void pose(std::optional<bool> dark);
 

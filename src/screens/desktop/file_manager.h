@@ -1,7 +1,8 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QStringList>
+#include <QList>
+#include <QUrl>
 
 namespace marlet {
 
@@ -10,7 +11,7 @@ namespace FileManager {
 
 /// Opens the files' folders with the files selected (org.freedesktop.FileManager1); where no file
 /// manager knows that, the folder of the first one. Waits for nobody.
-void show(const QStringList& paths, const QDBusConnection& bus = QDBusConnection::sessionBus());
+void show(const QList<QUrl>& files, const QDBusConnection& bus = QDBusConnection::sessionBus());
 
 }  // namespace FileManager
 }  // namespace marlet

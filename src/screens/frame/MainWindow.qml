@@ -30,10 +30,11 @@ ApplicationWindow {
 
     FileDialog {
         id: filePanel
+        objectName: "filePanel"
         title: qsTr("Choose movies, TV episodes or folders. Marlet only reads them.")
         acceptLabel: qsTr("Add Files")
         fileMode: FileDialog.OpenFiles
-        nameFilters: [qsTr("Movies and TV episodes (%1)").arg("*.mp4 *.m4v *.mkv *.mov"), qsTr("All files (%1)").arg("*")]
+        nameFilters: [qsTr("Movies and TV episodes (%1)").arg(App.filmPatterns), qsTr("All files (%1)").arg("*")]
         onAccepted: App.add(selectedFiles)
     }
     FolderDialog {

@@ -142,6 +142,7 @@ FocusScope {
         }
     }
     Rectangle {
+        objectName: "dropFrame"
         anchors.fill: parent
         visible: root.dropTargeted
         color: Theme.tint(Theme.accent, 0.1)

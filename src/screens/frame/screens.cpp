@@ -4,6 +4,8 @@
 #include "app/quit_gate.h"
 #include "app/updater.h"
 #include "foundation/run_control.h"
+#include "identify/scanner.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/desktop/desktop_model.h"
 #include "screens/history/history_model.h"
@@ -120,9 +122,33 @@ bool Screens::askClearHistory() const {
 
 void Screens::add(const QList<QUrl>& urls) {
     std::vector<std::filesystem::path> paths;
-    for (const QUrl& url : urls)
-        if (url.isLocalFile()) paths.emplace_back(fromQt(url.toLocalFile()));
+    QStringList elsewhere;
+    for (const QUrl& url : urls) {
+        if (auto path = FileAddress::pathOf(url))
+            paths.push_back(std::move(*path));
+        else
+            elsewhere << url.toDisplayString(QUrl::RemoveUserInfo | QUrl::RemoveQuery);
+    }
     if (!paths.empty()) model_.add(std::move(paths));
+    if (elsewhere.size() == 1)
+        model_.say(fromQt(tr("“%1” isn't on this computer. Copy it here first, then add it.")
+                              .arg(elsewhere.first())));
+    else if (!elsewhere.isEmpty())
+        model_.say(fromQt(tr("%1 of those aren't on this computer. Copy them here first, then add "
+                             "them.")
+                              .arg(elsewhere.size())));
+}
+
+QString Screens::filmPatterns() const {
+    QStringList patterns;
+    for (const std::string& extension : Scanner::extensions) {
+        QString pattern = QStringLiteral("*.");
+        for (const QChar letter : toQt(extension))
+            pattern +=
+                letter.isLetter() ? u'[' + letter + letter.toUpper() + u']' : QString(letter);
+        patterns << pattern;
+    }
+    return patterns.join(u' ');
 }
 
 void Screens::closeNotice() {

@@ -45,7 +45,8 @@ class Screens : public QObject {
     Q_PROPERTY(QString toast READ toast NOTIFY changed)    ///< empty: none
     Q_PROPERTY(bool inspectorShown READ inspectorShown WRITE setInspectorShown NOTIFY changed)
     Q_PROPERTY(bool askClearHistory READ askClearHistory NOTIFY changed)
-    Q_PROPERTY(bool quitWaits READ quitWaits NOTIFY changed)  ///< ends when the file is written
+    Q_PROPERTY(bool quitWaits READ quitWaits NOTIFY changed)     ///< ends when the file is written
+    Q_PROPERTY(QString filmPatterns READ filmPatterns CONSTANT)  ///< for a panel's filter
     Q_PROPERTY(bool canCheckForUpdates READ canCheckForUpdates CONSTANT)
     Q_PROPERTY(marlet::ReviewModel* review READ review CONSTANT)
     Q_PROPERTY(marlet::InspectorModel* inspector READ inspector CONSTANT)
@@ -72,6 +73,8 @@ public:
     void setInspectorShown(bool shown);
     bool askClearHistory() const;
     bool canCheckForUpdates() const;
+    /// Of the names of films, in any case: panels tell upper case from lower.
+    QString filmPatterns() const;
     bool quitWaits() const { return quitWaits_; }
     ReviewModel* review() const { return review_; }
     InspectorModel* inspector() const { return inspector_; }
@@ -81,7 +84,8 @@ public:
     SettingsModel* settings() const { return settings_; }
     DesktopModel* desktop() const { return desktop_; }
 
-    /// Files and folders that were dropped on the window or chosen in a panel.
+    /// Files and folders that were dropped on the window or chosen in a panel. What isn't on this
+    /// computer is told, and the rest taken.
     Q_INVOKABLE void add(const QList<QUrl>& urls);
     Q_INVOKABLE void closeNotice();
     /// "Clear History…": shows History and asks.

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "foundation/text.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/pictures/art_address.h"
 
@@ -56,11 +57,11 @@ QString HistoryLine::spoken() const {
     return pieces.join(QStringLiteral(", "));
 }
 
-QStringList HistoryLine::files() const {
-    QStringList paths;
+QList<QUrl> HistoryLine::files() const {
+    QList<QUrl> files;
     for (const HistoryEntry& entry : row->entries)
-        if (const QString path = toQt(entry.path); !paths.contains(path)) paths << path;
-    return paths;
+        if (const QUrl file = FileAddress::of(entry.path); !files.contains(file)) files << file;
+    return files;
 }
 
 bool HistoryLine::isOf(const HistoryList& entries) const {

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <memory>
 
 #include "app/history_rows.h"
@@ -44,7 +45,7 @@ public:
     /// Where the catalogue has that picture, for when the saved one is gone.
     QString otherPoster() const;
     QString spoken() const;  ///< the row in one sentence
-    QStringList files() const;
+    QList<QUrl> files() const;
     bool isOf(const HistoryList& entries) const;
     bool operator==(const HistoryLine& other) const;
 };

@@ -194,9 +194,9 @@ Task<> HistoryModel::findOut(QString key) {
     lines_.update(now, std::move(line));
 }
 
-QStringList HistoryModel::filesOf(const QString& key) const {
+QList<QUrl> HistoryModel::filesOf(const QString& key) const {
     const int at = lines_.indexOf(key);
-    return at < 0 ? QStringList() : lines_.at(at).files();
+    return at < 0 ? QList<QUrl>() : lines_.at(at).files();
 }
 
 void HistoryModel::tryAgain(const QString& key) {

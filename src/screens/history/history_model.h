@@ -57,7 +57,7 @@ public:
     Q_INVOKABLE void toggle(const QString& key);
     /// Finds out what a row's menu may offer.
     Q_INVOKABLE void look(const QString& key);
-    Q_INVOKABLE QStringList filesOf(const QString& key) const;
+    Q_INVOKABLE QList<QUrl> filesOf(const QString& key) const;
     /// Hands the row's files over again, to Review.
     Q_INVOKABLE void tryAgain(const QString& key);
     /// "Restore Original Details…": asks; nothing when there is nothing to put back.

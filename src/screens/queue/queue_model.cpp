@@ -6,6 +6,7 @@
 
 #include "app/app_model.h"
 #include "foundation/run_control.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/queue/run_words.h"
 
@@ -215,18 +216,18 @@ void QueueModel::clearResults() {
     model_.queue().dismiss();
 }
 
-QStringList QueueModel::outputs() const {
-    QStringList paths;
-    for (const auto& path : model_.queue().outputs()) paths << toQt(path);
-    return paths;
+QList<QUrl> QueueModel::outputs() const {
+    QList<QUrl> files;
+    for (const auto& path : model_.queue().outputs()) files << FileAddress::of(path);
+    return files;
 }
 
-QStringList QueueModel::filesOf(const QString& key) const {
+QList<QUrl> QueueModel::filesOf(const QString& key) const {
     const std::string id = fromQt(key);
     for (const auto& job : model_.queue().jobs())
         if (job.id == id) {
             const bool wrote = job.outcome && job.outcome->output;
-            return {toQt(wrote ? *job.outcome->output : job.request.file)};
+            return {FileAddress::of(wrote ? *job.outcome->output : job.request.file)};
         }
     return {};
 }

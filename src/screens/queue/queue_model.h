@@ -4,6 +4,7 @@
 #include <QSet>
 #include <QStringList>
 #include <QTimer>
+#include <QUrl>
 #include <string>
 #include <vector>
 
@@ -66,9 +67,9 @@ public:
     Q_INVOKABLE void retryFailed();
     Q_INVOKABLE void clearResults();
     /// The files that the run wrote.
-    Q_INVOKABLE QStringList outputs() const;
+    Q_INVOKABLE QList<QUrl> outputs() const;
     /// The file that a job wrote, or its own.
-    Q_INVOKABLE QStringList filesOf(const QString& key) const;
+    Q_INVOKABLE QList<QUrl> filesOf(const QString& key) const;
 
 Q_SIGNALS:
     void changed();

@@ -38,7 +38,7 @@ ContextMenu {
         text: qsTr("Show in Folder")
         objectName: "menuShow"
         glyph: "folder"
-        onTriggered: App.desktop.showInFolder(App.review.selectedPaths())
+        onTriggered: App.desktop.showInFolder(App.review.selectedFiles())
     }
     MenuEntry {
         text: qsTr("Remove from Review")

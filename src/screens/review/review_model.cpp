@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "app/app_model.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 
 namespace marlet {
@@ -213,12 +214,12 @@ void ReviewModel::showInspector() {
     tellOthers();
 }
 
-QStringList ReviewModel::selectedPaths() const {
-    QStringList paths;
+QList<QUrl> ReviewModel::selectedFiles() const {
+    QList<QUrl> files;
     forSelected([&](const LibraryItem& item) {
-        for (const ResolvedFile& file : item.files) paths << toQt(file.file.url);
+        for (const ResolvedFile& file : item.files) files << FileAddress::of(file.file.url);
     });
-    return paths;
+    return files;
 }
 
 void ReviewModel::cancelScan() {

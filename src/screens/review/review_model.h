@@ -3,6 +3,7 @@
 #include <QtQml/qqmlregistration.h>
 #include <QStringList>
 #include <QTimer>
+#include <QUrl>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -102,7 +103,7 @@ public:
     Q_INVOKABLE void refreshSelected();
     Q_INVOKABLE void pickMatch();
     Q_INVOKABLE void showInspector();
-    Q_INVOKABLE QStringList selectedPaths() const;
+    Q_INVOKABLE QList<QUrl> selectedFiles() const;
 
     Q_INVOKABLE void cancelScan();
     Q_INVOKABLE void resumeUnfinished();
