@@ -3,6 +3,8 @@
 //   CRASH_AT=n       before the nth changing call
 //   CRASH_TORN_AT=n  in the middle of the nth write: half of its bytes get through
 //   CRASH_LOG=path   one line a call: name, tab, path[, tab, second path]
+//   HOLD_FILE=path   as long as that file is there, a call that writes to a file whose path begins
+//                    with what it holds waits; "path.held" is made when one does
 // It acts in the program's own process alone: not in a media tool that it starts, nor in the child
 // that is about to become one.
 // Calls go straight to the kernel, so nothing of the C library has to be found again.
@@ -16,6 +18,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <string>
 
 extern "C" long syscall(long number, ...) noexcept;
@@ -113,6 +116,33 @@ unsigned modeFrom(int flags, va_list list) {
     return (flags & createFlag) != 0 ? va_arg(list, unsigned) : 0;
 }
 
+/// What the file that holds calls back says; empty without one.
+std::string heldPlace(const char* file) {
+    const long fd = ::syscall(SYS_openat, atWorkFolder, file, 0);
+    if (fd < 0) return {};
+    char text[4096];
+    const long size = ::syscall(SYS_read, fd, text, sizeof text);
+    ::syscall(SYS_close, fd);
+    return {text, size > 0 ? static_cast<std::size_t>(size) : 0};
+}
+
+/// Called at the head of each call that writes to a file.
+void waitWhileHeld(int fd) {
+    static const char* const file = std::getenv("HOLD_FILE");
+    if (file == nullptr || !isAtWork()) return;
+    const int error = errno;
+    const std::string path = pathOf(fd);
+    for (std::string held = heldPlace(file); !held.empty() && path.starts_with(held);
+         held = heldPlace(file)) {
+        const std::string told = std::string(file) + ".held";
+        ::syscall(SYS_close,
+                  ::syscall(SYS_openat, atWorkFolder, told.c_str(), writeOnlyCreateAppend, 0600));
+        const timespec pause{0, 2'000'000};
+        ::syscall(SYS_nanosleep, &pause, nullptr);
+    }
+    errno = error;
+}
+
 long writeAt(int fd, const void* bytes, std::size_t size, long at) {
     const auto run = [&](std::size_t some) {
         return at < 0 ? ::syscall(SYS_write, fd, bytes, some)
@@ -120,6 +150,7 @@ long writeAt(int fd, const void* bytes, std::size_t size, long at) {
     };
     // What goes to the terminal or a pipe of the test changes no file.
     if (fd <= 2) return run(size);
+    waitWhileHeld(fd);
     count();
     if (isTorn()) {
         run(size / 2);
@@ -246,6 +277,7 @@ int utimensat(int folder, const char* path, const struct timespec* times, int fl
     return static_cast<int>(::syscall(SYS_utimensat, folder, path, times, flags));
 }
 long copy_file_range(int from, long* fromAt, int to, long* toAt, std::size_t size, unsigned flags) {
+    waitWhileHeld(to);
     count();
     return done(::syscall(SYS_copy_file_range, from, fromAt, to, toAt, size, flags),
                 [&] { return "write\t" + pathOf(to); });
@@ -255,7 +287,10 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     va_start(list, request);
     void* argument = va_arg(list, void*);
     va_end(list);
-    if (request == cloneRequest) count();
+    if (request == cloneRequest) {
+        waitWhileHeld(fd);
+        count();
+    }
     const long result = ::syscall(SYS_ioctl, fd, request, argument);
     if (request == cloneRequest) done(result, [&] { return "write\t" + pathOf(fd); });
     return static_cast<int>(result);
