@@ -13,9 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto content = UnfinishedJson::decode({data, size});
     if (!content) return 0;
     std::vector<std::string> lines;
-    for (const auto& [file, mark] : content->files) {
+    for (const auto& [file, mark, since] : content->files) {
         if (!file.resolved.file.url.is_absolute()) std::abort();
-        lines.push_back(UnfinishedJson::line(UnfinishedJson::encode(file), mark, file.isQueued));
+        lines.push_back(
+            UnfinishedJson::line(UnfinishedJson::encode(file), mark, file.isQueued, since));
     }
     for (const auto& restore : content->restores) lines.push_back(UnfinishedJson::line(restore));
     const std::string text = UnfinishedJson::document(lines);

@@ -3,12 +3,29 @@
 #include <algorithm>
 
 #include "app/settings.h"
+#include "foundation/durable.h"
+#include "foundation/paths.h"
+#include "foundation/preferences.h"
 #include "foundation/run_mode.h"
 #include "identify/scanner.h"
 
 namespace marlet {
 
 namespace {
+
+/// Longer than any write of a small file takes.
+constexpr std::chrono::minutes leftoverAge(30);
+
+/// Nobody waits for it.
+Task<bool> tidy() {
+    std::function<bool()> work = [] {
+        HistoryPosters::prune();
+        Durable::removeLeftovers(Paths::documentsDir(),
+                                 std::chrono::system_clock::now() - leftoverAge);
+        return true;
+    };
+    return Async::onWorker(std::move(work));
+}
 
 bool isInLibrary(const std::filesystem::path& path) {
     constexpr const char* name = "Media Library";
@@ -31,9 +48,10 @@ AppModel::AppModel(Parts parts)
     queue_.onRemoved = [this](const std::vector<Path>& files) { returnToReview(files); };
     queue_.onChanged = [this] { changed(); };
     unfinished_.pause = parts.unfinishedPause;
+    unfinished_.runPause = parts.unfinishedRunPause;
     plans_.onChanged = [this] { changed(); };
     history_.onChanged = [this] { changed(); };
-    HistoryPosters::prune();
+    tidy();
 }
 
 AppModel::~AppModel() {
@@ -129,13 +147,15 @@ AppModel::Path AppModel::outputFolder() {
     return outputOverride.value_or(Settings::outputFolder());
 }
 
-void AppModel::forget(const Path& file) {
-    plans_.forget(file);
-    drafts_.forget(file);
-    tracks_.forget(file);
-    review_.forgetConfirmation(file);
-    unfinished_.forget(file);
-    unfinished_.touch(file);
+void AppModel::forget(const std::vector<Path>& files) {
+    for (const Path& file : files) {
+        plans_.forget(file);
+        drafts_.forget(file);
+        tracks_.forget(file);
+        review_.forgetConfirmation(file);
+    }
+    unfinished_.forget(files);
+    for (const Path& file : files) unfinished_.touch(file);
 }
 
 void AppModel::dropGoneSelection() {
@@ -144,7 +164,7 @@ void AppModel::dropGoneSelection() {
 }
 
 void AppModel::removeFromReview(const std::vector<Path>& files) {
-    for (const Path& file : files) forget(file);
+    forget(files);
     review_.remove({files.begin(), files.end()});
     dropGoneSelection();
     changed();

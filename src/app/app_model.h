@@ -73,6 +73,7 @@ public:
         std::map<SourceID, ExternalSource*> externals;
         std::chrono::milliseconds toastTime{3500};
         std::chrono::milliseconds unfinishedPause{2000};  ///< from a change to its being kept
+        std::chrono::milliseconds unfinishedRunPause{5000};  ///< the same for the jobs of a run
     };
     AppModel() : AppModel(Parts{}) {}
     explicit AppModel(Parts parts);
@@ -161,8 +162,9 @@ public:
     void addToQueue(std::vector<LibraryItem> items);
     Task<> addToQueueNow(std::vector<LibraryItem> items);
     bool isAdding() const { return adding_ > 0; }
-    void restoreOriginal(const Path& file);
-    void restoreBatch(const HistoryList& entries);
+    Task<> restoreOriginal(Path file);
+    /// True when jobs came of it. A notice tells when there is nothing to restore.
+    Task<bool> restoreBatch(HistoryList entries);
     const std::map<Path, ResolvedFile>& queuedFiles() const { return queuedFiles_; }
     static std::string label(const Details& details, const Path& file);
     /// The sound and subtitle tracks that a conversion leaves out: "2 sound, 1 subtitle removed".
@@ -183,8 +185,10 @@ public:
     /// Reads what there is and keeps this run's work from now on, but not in an automated run. For
     /// the start, when nothing of an interrupted write is left.
     Task<> openUnfinished();
-    /// Writes at once what isn't written yet: the last thing before the program ends.
+    /// Writes at once what of it isn't written yet.
     void keepUnfinished();
+    /// The same for all that is to outlive the program: the last thing before it ends.
+    void keepNow();
 
     // Messages and what is shown.
     const std::optional<std::string>& toast() const { return toast_; }
@@ -236,7 +240,7 @@ private:
     void choose(const Path& file, Match match);
     Task<std::vector<ResolvedFile>> askAgain(LibraryItem item, std::shared_ptr<TMDBClient> tmdb);
     void takeRefreshed(const LibraryItem& item, const std::vector<ResolvedFile>& fresh);
-    void forget(const Path& file);
+    void forget(const std::vector<Path>& files);
     void dropGoneSelection();
 
     // Queueing.
@@ -258,13 +262,12 @@ private:
     void moveToQueue(const std::vector<Path>& files);
     void returnToReview(const std::vector<Path>& files);
     void finishQueued(const Path& file);
-    WriteQueue::Job restoreJob(const Path& file, const Details& details) const;
-    void queueRestores(std::vector<WriteQueue::Job> jobs);
+    /// False when the queue runs.
+    bool queueRestores(std::vector<WriteQueue::Job> jobs);
 
     // Unfinished work.
     UnfinishedStore::Teller unfinishedTeller();
     std::optional<UnfinishedFile> unfinishedOf(const Path& file) const;
-    void resumeRestores(const std::vector<UnfinishedRestore>& restores);
 
     HistoryStore& history_;
     WriteQueue queue_;

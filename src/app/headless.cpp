@@ -190,6 +190,8 @@ Task<Run> runIfRequested(AppModel& model, Options options, Shots* shots) {
         run.ended = ended;
     }
     if (options.historyCsv) {
+        auto loading = model.history().load();
+        co_await loading;
         if (!ReportFields::save(*options.historyCsv, model.history().csv())) {
             std::fputs(("marlet: can't write " + options.historyCsv->string() + "\n").c_str(),
                        stderr);

@@ -1,64 +1,16 @@
 #include "app/history.h"
 
-#include <fcntl.h>
+#include <utility>
 
-#include <cerrno>
-#include <new>
-#include <set>
-#include <thread>
-
-#include "app/history_json.h"
-#include "foundation/durable.h"
-#include "foundation/errors.h"
-#include "foundation/file_ops.h"
 #include "foundation/paths.h"
+#include "identify/asking.h"
 
 namespace marlet {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-constexpr std::uint64_t maxFileSize = std::uint64_t{1} << 30U;
-
-bool isSame(const Sys::FileStat& a, const Sys::FileStat& b) {
-    return a.device == b.device && a.inode == b.inode && a.size == b.size && a.mtime == b.mtime;
-}
-
-/// A name beside the file that nothing has yet.
-fs::path asideName(const fs::path& file) {
-    const std::string day = Dates::local(Dates::now(), "yyyy-MM-dd HH-mm-ss");
-    fs::path name = file.string() + ".damaged " + day;
-    for (int n = 2; fs::symlink_status(name).type() != fs::file_type::not_found; n++)
-        name = file.string() + ".damaged " + day + " " + std::to_string(n);
-    return name;
-}
-
-/// It says nothing about the file: the program or the machine is short of something, or a disk or
-/// a server doesn't answer just now.
-bool isTransient(int error) {
-    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
-}
-
-/// The blocks of a replaced file are given back when it is closed, which for a long one takes half
-/// as long as writing the new one: nobody has to wait for that.
-void closeApart(FileHandle old, std::uint64_t size) {
-    constexpr std::uint64_t longFile = std::uint64_t{4} << 20U;
-    if (!old.isOpen() || size < longFile) return;
-    try {
-        std::thread([handle = std::move(old)]() mutable { handle.close(); }).detach();
-    } catch (const std::exception&) {
-        // Closed here then.
-    }
-}
-
-void makeFolder() {
-    try {
-        Durable::makeFolders(Paths::documentsDir());
-    } catch (const MFError&) {
-        // The writing tells.
-    }
-}
+/// The program doesn't end for longer than another copy may hold us up, and the file is read.
+constexpr std::chrono::seconds patienceAtQuit(10);
 
 }  // namespace
 
@@ -67,145 +19,72 @@ HistoryStore& HistoryStore::shared() {
     return store;
 }
 
-fs::path HistoryStore::file() {
+std::filesystem::path HistoryStore::file() {
     return Paths::historyFile();
 }
 
+HistoryStore::~HistoryStore() {
+    life_.cancel();
+}
+
+void HistoryStore::take(HistoryFile::Content content) const {
+    isLoaded_ = true;
+    // Workers may come back in another order than they were at the file.
+    if (content.revision <= revision_) return;
+    revision_ = content.revision;
+    entries_ = std::move(content.entries);
+}
+
+void HistoryStore::tell() const {
+    if (onChanged) onChanged();
+}
+
 const HistoryList& HistoryStore::entries() const {
-    loadOnce();
+    if (!isLoaded_) take(file_->read());
     return entries_;
 }
 
-void HistoryStore::loadOnce() const {
-    if (!loaded_) look();
-}
-
-FileHandle HistoryStore::look() const {
-    loaded_ = true;
-    // Without waiting: a pipe of that name has no writer, and is not meant anyway.
-    FileHandle handle(Sys::open(file(), O_RDONLY | O_NONBLOCK));
-    unreadable_ = false;
-    if (!handle.isOpen() && isTransient(errno)) {
-        unreadable_ = true;
-        return handle;
-    }
-    if (!handle.isOpen()) {
-        damaged_ = errno != ENOENT && errno != ENOTDIR;
-        known_.reset();
-        return handle;
-    }
-    const auto found = Sys::fstat(handle.get());
-    if (!found) {
-        unreadable_ = true;
-        return handle;
-    }
-    if (known_ && isSame(*found, *known_)) return handle;
-    known_ = found;
-    take(handle, *found);
-    if (unreadable_) {
-        damaged_ = false;
-        known_.reset();
-    }
-    return handle;
-}
-
-void HistoryStore::take(const FileHandle& handle, const Sys::FileStat& found) const {
-    damaged_ = true;
-    if (!found.isRegular || found.size > maxFileSize) return;
-    std::optional<HistoryList> decoded;
-    try {
-        Bytes text(static_cast<std::size_t>(found.size));
-        try {
-            if (FileOps::readFull(handle.get(), text, 0) < text.size()) return;
-        } catch (const MFError&) {
-            unreadable_ = true;
-            return;
-        }
-        decoded = HistoryJson::decode(text);
-        if (decoded) entriesAt_ = HistoryJson::firstEntryAt(text);
-    } catch (const std::bad_alloc&) {
-        unreadable_ = true;
-        return;
-    } catch (const std::exception&) {
-        return;
-    }
-    if (!decoded) return;
-    damaged_ = false;
-    // What is in the file holds, others may also have cleared it; what never got there is kept.
-    std::set<std::string> there;
-    if (unsaved_ > 0)
-        for (const HistoryEntry& entry : *decoded) there.insert(entry.id);
-    const HistoryList mine = std::move(entries_);
-    entries_ = std::move(*decoded);
-    std::size_t kept = 0;
-    for (std::size_t i = unsaved_; i-- > 0;)
-        if (!there.contains(mine[i].id)) {
-            entries_.addInFront(mine.shared()[i]);
-            kept++;
-        }
-    unsaved_ = kept;
+Task<> HistoryStore::load() {
+    if (isLoaded_) co_return;
+    std::function<HistoryFile::Content()> work = [file = file_] { return file->read(); };
+    auto reading = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
+    HistoryFile::Content content = co_await reading;
+    take(std::move(content));
+    tell();
 }
 
 void HistoryStore::append(HistoryEntry entry) {
-    {
-        makeFolder();
-        const HistoryTurn turn(patience);
-        FileHandle old = look();
-        entries_.addInFront(std::make_shared<const HistoryEntry>(std::move(entry)));
-        unsaved_++;
-        save(old);
-        closeApart(std::move(old), known_ ? known_->size : 0);
-    }
-    if (onChanged) onChanged();
+    file_->put(std::move(entry));
+    take(file_->write());
+    tell();
 }
 
 void HistoryStore::clear() {
-    {
-        makeFolder();
-        const HistoryTurn turn(patience);
-        look();               // a damaged file is kept aside
-        unreadable_ = false;  // what could not be read this time is to go, too
-        entries_.clear();
-        unsaved_ = 0;
-        save({});
-    }
-    if (onChanged) onChanged();
+    file_->putClear();
+    take(file_->write());
+    tell();
 }
 
-bool HistoryStore::addToFile(const FileHandle& old) try {
-    if (!old.isOpen() || !known_ || entries_.size() <= unsaved_) return false;
-    std::string head = "[\n";
-    for (std::size_t i = 0; i < unsaved_; i++) head += HistoryJson::encode(entries_[i]) + ",\n";
-    Durable::NewFile next(file());
-    FileOps::writeAll(next.fd(), viewOf(head), 0);
-    FileOps::copyRange(old.get(), entriesAt_, known_->size - entriesAt_, next.fd(), head.size());
-    known_ = next.commit();
-    return true;
-} catch (const MFError&) {
-    return false;
+Task<> HistoryStore::appendSoon(HistoryEntry entry) {
+    file_->put(std::move(entry));
+    return writeSoon();
 }
 
-void HistoryStore::replaceFile() {
-    Durable::NewFile next(file());
-    FileOps::writeAll(next.fd(), viewOf(HistoryJson::encode(entries_)), 0);
-    known_ = next.commit();
+Task<> HistoryStore::clearSoon() {
+    file_->putClear();
+    return writeSoon();
 }
 
-void HistoryStore::save(const FileHandle& old) {
-    // In memory until the file can be read: another one must not take its place.
-    if (unreadable_) return;
-    try {
-        if (damaged_) {
-            Durable::rename(file(), asideName(file()));
-            damaged_ = false;
-            known_.reset();
-        }
-        if (!addToFile(old)) replaceFile();
-        entriesAt_ = 2;
-        unsaved_ = 0;
-    } catch (const std::exception&) {
-        // History never fails a job; what is in memory is written again at the next append.
-    }
+Task<> HistoryStore::writeSoon() {
+    std::function<HistoryFile::Content()> work = [file = file_] { return file->write(); };
+    auto writing = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
+    HistoryFile::Content content = co_await writing;
+    take(std::move(content));
+    tell();
+}
+
+void HistoryStore::keepNow() {
+    if (auto content = file_->writeAtQuit(patienceAtQuit)) take(std::move(*content));
 }
 
 }  // namespace marlet

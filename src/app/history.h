@@ -2,57 +2,68 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "app/history_entry.h"
-#include "app/history_turn.h"
+#include "app/history_file.h"
 #include "foundation/bytes.h"
-#include "foundation/syscalls.h"
+#include "sources/async.h"
 
 namespace marlet {
 
-/// The permanent record, newest first, in one file that is replaced as a whole at each append. Main
-/// context only. Other running copies of the program may write the same file.
+/// The permanent record, newest first, in one file. Main context only. What waits for the disk has
+/// a sister that doesn't: the windows use those alone.
 class HistoryStore {
 public:
     static HistoryStore& shared();
     /// A JSON array of the entries, newest first.
     static std::filesystem::path file();
 
+    HistoryStore() = default;
+    /// What was handed over is written all the same, if the program goes on.
+    ~HistoryStore();
+    HistoryStore(const HistoryStore&) = delete;
+    HistoryStore& operator=(const HistoryStore&) = delete;
+
     /// Reads the file when it is first needed: a run that only looks at films doesn't wait for tens
     /// of thousands of entries.
-    HistoryStore() = default;
     const HistoryList& entries() const;
+    /// The same without waiting: none until the file was read.
+    const HistoryList& known() const { return entries_; }
+    bool isLoaded() const { return isLoaded_; }
+    /// Ends when known() holds what the file does.
+    Task<> load();
+
     /// Never fails. A file that could not be read is kept aside under another name first.
     void append(HistoryEntry entry);
     void clear();
+    // On a worker; end when it is written. What was appended before the file was read comes on top
+    // of what is in there.
+    Task<> appendSoon(HistoryEntry entry);
+    Task<> clearSoon();
+    /// Writes at once what a worker hasn't got round to.
+    void keepNow();
+
     std::string csv() const { return csvOf(entries()); }
     /// Of a copy of the entries, so that a worker can do it.
     static std::string csvOf(const HistoryList& entries);
     /// Told after each change.
     std::function<void()> onChanged;
-    /// For other running copies, over the whole session.
-    HistoryPatience patience;
+    void setPatience(HistoryPatience patience) { file_->setPatience(std::move(patience)); }
 
 private:
-    void loadOnce() const;
-    /// Takes in the file if it isn't the one that was last read or written, and gives it, opened.
-    FileHandle look() const;
-    void take(const FileHandle& handle, const Sys::FileStat& found) const;
-    void save(const FileHandle& old);
-    /// A long file is not encoded again: new entries go in front of what stands in the old one,
-    /// which was read as a whole before and is still the same. False when that can't be done.
-    bool addToFile(const FileHandle& old);
-    void replaceFile();
+    void take(HistoryFile::Content content) const;
+    void tell() const;
+    Task<> writeSoon();
 
-    mutable bool loaded_ = false;
+    /// Shared with workers, which may outlive the store.
+    std::shared_ptr<HistoryFile> file_ = std::make_shared<HistoryFile>();
     mutable HistoryList entries_;
-    mutable std::size_t unsaved_ = 0;             ///< of the newest ones, those not in the file
-    mutable bool damaged_ = false;                ///< the file exists but could not be read
-    mutable bool unreadable_ = false;             ///< this time; that says nothing about the file
-    mutable std::optional<Sys::FileStat> known_;  ///< the file as last read or written
-    mutable std::uint64_t entriesAt_ = 0;         ///< where its first entry begins
+    mutable std::uint64_t revision_ = 0;
+    mutable bool isLoaded_ = false;
+    CancelToken life_;
 };
 
 /// The small pictures that History shows.

@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
 
     AppModel model;
     QuitGate gate;
-    gate.onEnd = [&] { model.keepUnfinished(); };
+    gate.onEnd = [&] { model.keepNow(); };
     const auto front = Front::make(model, gate, options);
     if (front) front->open();
     QMetaObject::invokeMethod(

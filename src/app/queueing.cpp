@@ -58,12 +58,23 @@ Task<std::optional<std::string>> historyPoster(std::shared_ptr<TMDBClient> tmdb,
                                                CancelToken cancel) {
     if (!path) co_return std::nullopt;
     const std::string saved = HistoryPosters::pathFor(*path);
-    std::error_code none;
-    if (fs::exists(saved, none)) co_return saved;
+    std::function<bool()> look = [saved] {
+        std::error_code none;
+        return fs::exists(saved, none);
+    };
+    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), cancel);
+    const bool isThere = co_await looking;
+    if (isThere) co_return saved;
     auto fetching = picture(tmdb, *path, "w92", cancel);
     const std::optional<Bytes> data = co_await fetching;
     if (!data || !coverFrom(*data)) co_return std::nullopt;
-    co_return HistoryPosters::save(*data, *path);
+    using Saved = std::optional<std::string>;
+    std::function<Saved()> save = [data = *data, path = *path] {
+        return HistoryPosters::save(data, path);
+    };
+    auto saving = Asking::orCancelled(Async::onWorker(std::move(save)), cancel);
+    Saved answer = co_await saving;
+    co_return answer;
 }
 
 void describe(Job& job, const Details& details, const ResolvedFile& file) {
@@ -311,7 +322,7 @@ void AppModel::returnToReview(const std::vector<Path>& files) {
 
 void AppModel::finishQueued(const Path& file) {
     queuedFiles_.erase(file);
-    forget(file);
+    forget({file});
     changed();
 }
 

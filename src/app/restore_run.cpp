@@ -12,8 +12,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The entries of the newest run that is no restore; none without such a run.
-HistoryList lastRun(const HistoryStore& history) {
-    const HistoryList& entries = history.entries();
+HistoryList lastRun(const HistoryList& entries) {
     const auto newest = std::ranges::find_if(entries, [](const HistoryEntry& entry) {
         return !entry.isRestore.value_or(false) && !entry.batchID.value_or("").empty();
     });
@@ -42,12 +41,15 @@ RunEnd endOf(const WriteQueue& queue) {
 
 Task<RunEnd> restoreLastBatch(AppModel& model, Options options) {
     const std::unique_ptr<RunLines> lines = runLines(options);
-    const HistoryList run = lastRun(model.history());
+    auto loading = model.history().load();
+    co_await loading;
+    const HistoryList run = lastRun(model.history().known());
     if (run.empty()) {
         lines->problem("no run in History");
         co_return RunEnd::failed;
     }
-    model.restoreBatch(run);
+    auto restoring = model.restoreBatch(run);
+    co_await restoring;
     if (model.queue().jobs().empty()) {
         lines->notice(model.notice.value_or(""));
         co_return RunEnd::failed;

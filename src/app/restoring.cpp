@@ -1,9 +1,10 @@
 // Original details come back as jobs like any other.
 
 #include "app/app_model.h"
+#include "app/label_details.h"
+#include "app/restore_jobs.h"
 #include "foundation/file_ops.h"
-#include "foundation/work_area.h"
-#include "write/restore_points.h"
+#include "identify/asking.h"
 
 namespace marlet {
 
@@ -25,80 +26,54 @@ Details detailsOf(const Match& match) {
     return details;
 }
 
-Details detailsOf(const HistoryEntry& entry) {
-    Details details;
-    details.kind = entry.isMovie ? MediaKind::movie : MediaKind::tv;
-    details.title = entry.title;
-    details.show = entry.show.value_or("");
-    details.season = entry.season;
-    details.episode = entry.episode;
-    return details;
-}
-
-bool canBeRestored(const HistoryEntry& entry) {
-    std::error_code none;
-    return entry.result == "done" && !entry.isRestore.value_or(false) &&
-           RestorePoints::exists(entry.path) && std::filesystem::exists(entry.path, none);
-}
-
 }  // namespace
 
-Job AppModel::restoreJob(const Path& file, const Details& details) const {
-    Job job;
-    job.id = newUUID();
-    job.request.file = file;
-    job.request.mode = WriteRequest::RestoreOriginal{};
-    job.label = "Restore original details · " + label(details, file);
-    job.title = details.title.empty() ? file.stem().string() : details.title;
-    job.isMovie = details.kind == MediaKind::movie;
-    if (!job.isMovie && !details.show.empty()) job.show = details.show;
-    job.season = details.season;
-    job.episode = details.episode;
-    job.how = "In place";
-    job.size = FileOps::size(file);
-    return job;
-}
-
-void AppModel::queueRestores(std::vector<Job> jobs) {
+bool AppModel::queueRestores(std::vector<Job> jobs) {
+    // It may have been started while the files were looked at.
+    if (queue_.active()) return false;
     if (queue_.finished()) queue_.dismiss();
     const bool wasIdle = queue_.waitingCount() == 0;
     queue_.add(std::move(jobs));
     if (wasIdle) queue_.start();
+    return true;
 }
 
-void AppModel::restoreOriginal(const Path& file) {
-    if (queue_.active()) return;
-    Details details;
+Task<> AppModel::restoreOriginal(Path file) {
+    if (queue_.active()) co_return;
+    std::function<std::uint64_t()> look = [file] { return FileOps::size(file); };
+    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
+    const std::uint64_t size = co_await looking;
+    UnfinishedRestore wanted{.file = file, .details = {}, .year = {}};
+    const ResolvedFile* known = review_.find(file);
+    const bool isMatched = known != nullptr && known->match;
     if (const FileDraft* draft = drafts_.find(file))
-        details = draft->details;
-    else if (const ResolvedFile* known = review_.find(file); known != nullptr && known->match)
-        details = detailsOf(*known->match);
-    std::vector<Job> jobs;
-    jobs.push_back(restoreJob(file, details));
-    if (const ResolvedFile* known = review_.find(file); known != nullptr && known->match)
-        jobs.back().year = known->match->year;
-    queueRestores(std::move(jobs));
+        wanted.details = draft->details;
+    else if (isMatched)
+        wanted.details = detailsOf(*known->match);
+    if (isMatched) wanted.year = known->match->year;
+    queueRestores({RestoreJobs::of(wanted, size)});
 }
 
-void AppModel::restoreBatch(const HistoryList& entries) {
-    if (queue_.active()) return;
-    std::set<std::string> seen;
+Task<bool> AppModel::restoreBatch(HistoryList entries) {
+    if (queue_.active()) co_return false;
+    using Found = std::vector<RestoreJobs::Restorable>;
+    std::function<Found()> look = [entries] { return RestoreJobs::among(entries); };
+    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
+    const Found found = co_await looking;
     std::vector<Job> jobs;
-    for (const HistoryEntry& entry : entries) {
-        if (!canBeRestored(entry) || !seen.insert(entry.path).second) continue;
-        Job job = restoreJob(entry.path, detailsOf(entry));
-        job.title = entry.title;
-        job.show = entry.show;
-        job.isMovie = entry.isMovie;
-        job.year = entry.year;
+    for (const auto& [entry, size] : found) {
+        Job job = RestoreJobs::of({entry->path, labelDetails(*entry), entry->year}, size);
+        job.title = entry->title;
+        job.show = entry->show;
+        job.isMovie = entry->isMovie;
         jobs.push_back(std::move(job));
     }
     if (jobs.empty()) {
         notice = "Nothing to restore: no saved originals for those files.";
         changed();
-        return;
+        co_return false;
     }
-    queueRestores(std::move(jobs));
+    co_return queueRestores(std::move(jobs));
 }
 
 }  // namespace marlet

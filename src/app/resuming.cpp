@@ -1,11 +1,14 @@
 // What a person has begun outlives the program: what is kept of it, and how it comes back.
 
-#include <algorithm>
+#include <string>
+#include <unordered_map>
 
 #include "app/app_model.h"
 #include "app/label_details.h"
+#include "app/restore_jobs.h"
+#include "foundation/errors.h"
+#include "foundation/preferences.h"
 #include "foundation/run_mode.h"
-#include "write/restore_points.h"
 
 namespace marlet {
 
@@ -19,13 +22,22 @@ bool hasEnded(const WriteQueue::Job& job) {
     return job.state != State::waiting && job.state != State::running;
 }
 
+/// By location.
+using SizesOfSaved = std::unordered_map<std::string, std::uint64_t>;
+
+void lookUp(const std::vector<UnfinishedRestore>& restores, SizesOfSaved& sizes) {
+    for (const UnfinishedRestore& restore : restores)
+        if (const auto size = RestoreJobs::sizeIfSaved(restore.file))
+            sizes.insert_or_assign(restore.file.native(), *size);
+}
+
 }  // namespace
 
 UnfinishedStore::Teller AppModel::unfinishedTeller() {
     drafts_.onTouched = [this](const Path& file) { unfinished_.touch(file); };
     plans_.onTouched = [this](const Path& file) { unfinished_.touch(file); };
     tracks_.onTouched = [this](const Path& file) { unfinished_.touch(file); };
-    queue_.onJobs = [this] { unfinished_.queueChanged(); };
+    queue_.onJobs = [this] { unfinished_.queueChanged(queue_.active()); };
     return {.file = [this](const Path& file) { return unfinishedOf(file); },
             .queue =
                 [this] {
@@ -75,14 +87,31 @@ void AppModel::keepUnfinished() {
     unfinished_.keepNow();
 }
 
+void AppModel::keepNow() {
+    keepUnfinished();
+    history_.keepNow();
+    Preferences::current().flush();
+}
+
 Task<> AppModel::resumeUnfinished() {
     if (!unfinishedOffer()) co_return;
     if (queue_.active()) {
         say(resumeLater);
         co_return;
     }
-    auto taking = unfinished_.take();
-    UnfinishedWork work = co_await taking;
+    // Looked up along with the films: what was taken is kept nowhere until its jobs are there.
+    const auto sizes = std::make_shared<SizesOfSaved>();
+    auto taking = unfinished_.take([sizes](const auto& restores) { lookUp(restores, *sizes); });
+    UnfinishedWork work;
+    try {
+        work = co_await taking;
+    } catch (const CancelError&) {
+        throw;
+    } catch (const std::exception&) {
+        // It is offered again.
+        changed();
+        co_return;
+    }
     // It may have been started while the films were looked at.
     if (queue_.active()) {
         unfinished_.handBack(std::move(work));
@@ -112,7 +141,11 @@ Task<> AppModel::resumeUnfinished() {
     }
     review_.replace(toReview);  // of what was added again meanwhile
     review_.add(toReview);
-    resumeRestores(work.restores);
+    std::vector<WriteQueue::Job> restores;
+    for (const UnfinishedRestore& restore : work.restores)
+        if (const auto found = sizes->find(restore.file.native()); found != sizes->end())
+            restores.push_back(RestoreJobs::of(restore, found->second));
+    if (!restores.empty()) queue_.add(std::move(restores));
     changed();
     analyseAll();
     const CancelToken life = life_;
@@ -128,16 +161,6 @@ Task<> AppModel::resumeUnfinished() {
         co_await waiting;
     }
     add(std::move(toScan));
-}
-
-void AppModel::resumeRestores(const std::vector<UnfinishedRestore>& restores) {
-    std::vector<WriteQueue::Job> jobs;
-    for (const UnfinishedRestore& restore : restores) {
-        if (!RestorePoints::exists(restore.file)) continue;
-        jobs.push_back(restoreJob(restore.file, restore.details));
-        jobs.back().year = restore.year;
-    }
-    if (!jobs.empty()) queue_.add(std::move(jobs));
 }
 
 void AppModel::discardUnfinished() {

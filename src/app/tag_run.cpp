@@ -164,7 +164,8 @@ Task<RunEnd> restoreOriginals(AppModel& model, RunLines& lines,
                               std::vector<std::filesystem::path> files) {
     RunEnd end = RunEnd::done;
     for (const std::filesystem::path& file : files) {
-        model.restoreOriginal(file);
+        auto restoring = model.restoreOriginal(file);
+        co_await restoring;
         auto working = waitForQueue(model);
         co_await working;
         for (const WriteQueue::Job& job : model.queue().jobs()) lines.result(job);

@@ -115,9 +115,11 @@ std::string encode(const UnfinishedFile& file) {
     return dump(jsonOf(file));
 }
 
-std::string line(const std::string& record, const FilmMark& mark, bool isQueued) {
-    return R"({"queued":)" + std::string(isQueued ? "true" : "false") + R"(,"mark":)" +
-           dump(jsonOf(mark)) + R"(,"file":)" + record + "}";
+std::string line(const std::string& record, const FilmMark& mark, bool isQueued,
+                 std::int64_t since) {
+    return R"({"queued":)" + std::string(isQueued ? "true" : "false") + R"(,"since":)" +
+           std::to_string(since) + R"(,"mark":)" + dump(jsonOf(mark)) + R"(,"file":)" + record +
+           "}";
 }
 
 std::string line(const UnfinishedRestore& restore) {

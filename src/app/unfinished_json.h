@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,8 @@ namespace marlet::UnfinishedJson {
 struct Marked {
     UnfinishedFile file;
     FilmMark mark;
+    /// When the person last did something to it, microseconds since 1970; 0 when that isn't known.
+    std::int64_t since = 0;
     bool operator==(const Marked&) const = default;
 };
 struct Content {
@@ -24,7 +27,8 @@ struct Content {
 /// The record alone, without whether it waits for the queue, which changes more often.
 std::string encode(const UnfinishedFile& file);
 /// One line of the file from such a record.
-std::string line(const std::string& record, const FilmMark& mark, bool isQueued);
+std::string line(const std::string& record, const FilmMark& mark, bool isQueued,
+                 std::int64_t since = 0);
 std::string line(const UnfinishedRestore& restore);
 std::string document(const std::vector<std::string>& lines);
 

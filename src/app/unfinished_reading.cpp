@@ -170,6 +170,7 @@ void takeLine(const Json& json, Content& content) {
     Marked marked;
     take(json.at("mark"), marked.mark);
     take(json.at("queued"), marked.file.isQueued);
+    if (const auto since = json.find("since"); since != json.end()) take(*since, marked.since);
     take(json.at("file"), marked.file);
     if (marked.file.resolved.file.url.empty()) refuse();
     content.files.push_back(std::move(marked));

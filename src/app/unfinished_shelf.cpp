@@ -2,6 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <functional>
+#include <unordered_set>
 #include <utility>
 
 #include "foundation/durable.h"
@@ -75,7 +78,8 @@ bool UnfinishedShelf::read(const Path& file) {
         Record record{.text = UnfinishedJson::encode(each.file),
                       .mark = each.mark,
                       .isQueued = each.file.isQueued,
-                      .isLeft = true};
+                      .isLeft = true,
+                      .since = each.since};
         if (!records_.emplace(url, std::move(record)).second) continue;
         if (each.file.isQueued) leftQueue_.push_back(url);
         leftFiles_.push_back(std::move(each));
@@ -106,17 +110,23 @@ UnfinishedWork UnfinishedShelf::look() {
 
     const std::lock_guard guard(writing_);
     std::vector<UnfinishedFile> inReview;
-    std::size_t away = 0;
+    std::vector<std::map<std::string, Record>::iterator> away;
     for (std::size_t i = 0; i < files.size(); i++) {
         UnfinishedFile& file = files[i].file;
         const auto record = records_.find(file.resolved.file.url.native());
         if (record == records_.end() || !record->second.isLeft) continue;
-        const bool isKept = found[i] ? record->second.mark.fits(*found[i]) : ++away <= mostAway;
-        if (!isKept) records_.erase(record);
-        if (!isKept || !found[i]) continue;
-        record->second.mark = FilmMark::of(*found[i]);
-        (file.isQueued ? work.files : inReview).push_back(std::move(file));
+        if (!found[i]) {
+            away.push_back(record);
+        } else if (!record->second.mark.fits(*found[i])) {
+            records_.erase(record);
+        } else {
+            record->second.mark = FilmMark::of(*found[i]);
+            (file.isQueued ? work.files : inReview).push_back(std::move(file));
+        }
     }
+    std::ranges::stable_sort(away, std::ranges::greater(),
+                             [](const auto& place) { return place->second.since; });
+    for (std::size_t i = mostAway; i < away.size(); i++) records_.erase(away[i]);
     for (UnfinishedFile& file : inReview) work.files.push_back(std::move(file));
     leftRestores_ = work.restores;
     awayRestores_ = std::move(awayRestores);
@@ -178,7 +188,10 @@ void UnfinishedShelf::take(const Delta& delta) {
         // Until its film is looked at, what the scan saw of it tells it from others.
         if (isNew && film.size >= 0) record.mark.size = static_cast<std::uint64_t>(film.size);
         // What the person did last is meant for the film as it is now.
-        if (isNew || record.text != text) record.due = ++looks_;
+        if (isNew || record.text != text) {
+            record.due = ++looks_;
+            record.since = newSince();
+        }
         record.text = std::move(text);
         record.isQueued = file.isQueued;
         record.isLeft = false;
@@ -195,17 +208,32 @@ void UnfinishedShelf::take(const Delta& delta) {
     if (delta.tellsLeft) leftRestores_.clear();
 }
 
-void UnfinishedShelf::addLine(std::vector<std::string>& lines, std::size_t& size, const Path& file,
-                              bool isQueued) {
-    const auto found = records_.find(file.native());
-    if (found == records_.end()) return;
-    const Record& record = found->second;
-    std::string line = UnfinishedJson::line(record.text, record.mark, isQueued);
-    constexpr std::size_t frame = 64;
-    // What would make the file too big to be read again is left out.
-    if (size + line.size() + frame > maxFileSize) return;
-    size += line.size() + 2;
-    lines.push_back(std::move(line));
+/// A clock that was set back is no reason for another order.
+std::int64_t UnfinishedShelf::newSince() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto time = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    newest_ = std::max<std::int64_t>(newest_ + 1, time);
+    return newest_;
+}
+
+std::vector<const UnfinishedShelf::Place*> UnfinishedShelf::withRoom(
+    const std::vector<const Place*>& places, std::size_t room) const {
+    // What it takes beside the record's text.
+    constexpr std::size_t frame = 192;
+    std::vector<const Place*> newestFirst = places;
+    std::ranges::stable_sort(newestFirst, std::ranges::greater(),
+                             [](const Place* place) { return place->second.since; });
+    std::unordered_set<const Place*> fitting;
+    for (const Place* place : newestFirst) {
+        const std::size_t size = place->second.text.size() + frame;
+        if (size > room) break;
+        room -= size;
+        fitting.insert(place);
+    }
+    std::vector<const Place*> kept;
+    for (const Place* place : places)
+        if (fitting.contains(place)) kept.push_back(place);
+    return kept;
 }
 
 /// Empty when nothing is to be kept.
@@ -217,16 +245,28 @@ std::string UnfinishedShelf::text() {
             lines.push_back(UnfinishedJson::line(restore));
             size += lines.back().size() + 2;
         }
-    std::set<std::string> inQueue;
-    for (const Path& file : queue_)
-        if (inQueue.insert(file.native()).second) addLine(lines, size, file, true);
-    for (const std::string& file : leftQueue_) {
+    std::unordered_set<std::string> inQueue;
+    std::vector<const Place*> places;
+    const auto addQueued = [&](const std::string& file, bool isLeft) {
         const auto found = records_.find(file);
-        if (found != records_.end() && found->second.isQueued && inQueue.insert(file).second)
-            addLine(lines, size, file, true);
+        if (found == records_.end() || (isLeft && !found->second.isQueued)) return;
+        if (inQueue.insert(file).second) places.push_back(&*found);
+    };
+    for (const Path& file : queue_) addQueued(file.native(), false);
+    for (const std::string& file : leftQueue_) addQueued(file, true);
+    const std::size_t queued = places.size();
+    for (const Place& place : records_)
+        if (!inQueue.contains(place.first)) places.push_back(&place);
+    std::stable_sort(
+        places.begin() + static_cast<std::ptrdiff_t>(queued), places.end(),
+        [](const Place* a, const Place* b) { return a->second.since < b->second.since; });
+    constexpr std::size_t frame = 64;
+    const std::size_t room = mostBytes - std::min(size + frame, mostBytes);
+    for (const Place* place : withRoom(places, room)) {
+        const Record& record = place->second;
+        const bool isQueued = record.isQueued || inQueue.contains(place->first);
+        lines.push_back(UnfinishedJson::line(record.text, record.mark, isQueued, record.since));
     }
-    for (const auto& [file, record] : records_)
-        if (!inQueue.contains(file)) addLine(lines, size, file, record.isQueued);
     return lines.empty() ? std::string() : UnfinishedJson::document(lines);
 }
 

@@ -31,7 +31,10 @@ public:
     using Path = std::filesystem::path;
     static constexpr std::uint64_t maxFileSize = std::uint64_t{64} << 20U;
 
-    /// Of films that can't be looked at so many are remembered, and so many restores.
+    /// What has no room in the file is left out, the oldest first. For tests: less than a file that
+    /// can be read again.
+    std::size_t mostBytes = maxFileSize;
+    /// Of films that can't be looked at so many are remembered, the newest, and so many restores.
     static constexpr std::size_t mostAway = 1000;
 
     /// What changed since the last time.
@@ -69,10 +72,12 @@ private:
     struct Record {
         std::string text;
         FilmMark mark;
-        bool isQueued = false;  ///< was, and hasn't been brought back into the queue yet
-        bool isLeft = false;    ///< nothing was done to the file in this run
-        std::uint64_t due = 0;  ///< not 0: the film is to be looked at, and by which call
+        bool isQueued = false;   ///< was, and hasn't been brought back into the queue yet
+        bool isLeft = false;     ///< nothing was done to the file in this run
+        std::uint64_t due = 0;   ///< not 0: the film is to be looked at, and by which call
+        std::int64_t since = 0;  ///< see UnfinishedJson::Marked
     };
+    using Place = std::pair<const std::string, Record>;
     struct Left {
         Path file;
         CopyLock lock;
@@ -84,8 +89,10 @@ private:
     void takeHanded();
     void take(const Delta& delta);
     std::string text();
-    void addLine(std::vector<std::string>& lines, std::size_t& size, const Path& file,
-                 bool isQueued);
+    /// Those that a file of that size has room for beside others; the oldest of them stay out.
+    std::vector<const Place*> withRoom(const std::vector<const Place*>& places,
+                                       std::size_t room) const;
+    std::int64_t newSince();
     void keep(const std::string& text);
 
     /// Never held while a film is looked at: a disk that has gone may not answer for minutes.
@@ -94,6 +101,7 @@ private:
     CopyLock lock_;
     std::vector<Left> left_;  ///< of ended copies, until our own file holds what they did
     std::map<std::string, Record> records_;  ///< by location
+    std::int64_t newest_ = 0;                ///< the latest `since`
     std::vector<Path> queue_;
     std::vector<UnfinishedRestore> restores_;
     std::vector<std::string> leftQueue_;  ///< locations of what waited in the queue, in its order

@@ -56,7 +56,7 @@ Task<> UnfinishedStore::open() {
     auto opening = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
     co_await opening;
     isOpen_ = isLooking_ = true;
-    if (hasChanges_) wake();
+    keepWithin(pause);
     std::function<UnfinishedWork()> look = [shelf = shelf_] { return shelf->look(); };
     auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
     offered_ = co_await looking;
@@ -85,23 +85,35 @@ void UnfinishedStore::makeOffer() {
         offer_->names.push_back(nameOf(file.resolved.file.url));
 }
 
+void UnfinishedStore::noteTouched(const Path& file) {
+    if (isTouched_.insert(file.native()).second) touched_.push_back(file);
+}
+
 void UnfinishedStore::touch(const Path& file) {
-    touched_.insert(file);
+    noteTouched(file);
     hasChanges_ = true;
-    wake();
+    keepWithin(pause);
 }
 
-void UnfinishedStore::queueChanged() {
-    hasChanges_ = isUrgent_ = true;
-    wake();
-    // Soon and not now: the caller is in the middle of a change.
-    Async::post([hurry = hurry_] { hurry.cancel(); });
+void UnfinishedStore::queueChanged(bool isRunning) {
+    hasChanges_ = true;
+    if (!isRunning) urgent_ = Clock::now() + soon;
+    keepWithin(isRunning ? runPause : soon);
 }
 
-void UnfinishedStore::wake() {
-    if (!isOpen_ || isKeeping_) return;
-    isKeeping_ = true;
-    keep();
+void UnfinishedStore::keepWithin(std::chrono::milliseconds time) {
+    if (!hasChanges_) return;
+    const Clock::time_point until = Clock::now() + time;
+    const bool isSooner = until < due_ || urgent_ < Clock::time_point::max();
+    due_ = std::min(due_, until);
+    if (!isOpen_) return;
+    if (!isKeeping_) {
+        isKeeping_ = true;
+        keep();
+    } else if (isSooner) {
+        // Soon and not now: the caller is in the middle of a change.
+        Async::post([hurry = hurry_] { hurry.cancel(); });
+    }
 }
 
 Task<> UnfinishedStore::keep() {
@@ -119,43 +131,56 @@ Task<> UnfinishedStore::keep() {
 Task<> UnfinishedStore::keepChanges() {
     const CancelToken life = life_;
     while (hasChanges_) {
-        hurry_ = CancelToken();
-        try {
-            auto pausing = Async::sleep(isUrgent_ ? soon : pause, hurry_);
-            co_await pausing;
-        } catch (const CancelError&) {
-            // Something that doesn't wait.
-        }
-        life.check();
+        auto pausing = untilDue();
+        co_await pausing;
         shelf_->put(changes());
-        const auto began = std::chrono::steady_clock::now();
+        const auto began = Clock::now();
         auto writing = Asking::orCancelled(write(shelf_), life);
         co_await writing;
-        const auto took = std::chrono::steady_clock::now() - began;
-        auto resting = Async::sleep(
-            std::chrono::duration_cast<std::chrono::milliseconds>(took * restForWork), life);
-        co_await resting;
+        const auto ended = Clock::now();
+        restsUntil_ = ended + std::max<Clock::duration>((ended - began) * restForWork, leastRest);
+    }
+}
+
+Task<> UnfinishedStore::untilDue() {
+    const CancelToken life = life_;
+    // At least once, since whoever tells of a change is in the middle of it.
+    for (auto least = soon;; least = std::chrono::milliseconds(0)) {
+        const auto until = std::min(std::max(due_, restsUntil_), urgent_);
+        const auto left =
+            std::max(std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()), least);
+        if (left.count() <= 0) co_return;
+        hurry_ = CancelToken();
+        try {
+            auto pausing = Async::sleep(left, hurry_);
+            co_await pausing;
+        } catch (const CancelError&) {
+            // Something that is due earlier.
+        }
+        life.check();
     }
 }
 
 UnfinishedShelf::Delta UnfinishedStore::changes() {
     UnfinishedShelf::Delta delta;
     delta.queue = teller_.queue();
-    const std::set<Path> queue(delta.queue.begin(), delta.queue.end());
-    for (const Path& file : queue)
-        if (!queue_.contains(file)) touched_.insert(file);
-    for (const Path& file : queue_) {
+    std::unordered_set<std::string> queue;
+    queue.reserve(delta.queue.size());
+    for (const Path& file : delta.queue)
+        if (queue.insert(file.native()).second && !queue_.contains(file.native()))
+            noteTouched(file);
+    for (const std::string& file : queue_) {
         if (queue.contains(file)) continue;
-        touched_.insert(file);
+        noteTouched(file);
         // Its job has ended, and may have given it other bytes.
-        delta.touched.push_back(file);
+        delta.touched.emplace_back(file);
     }
-    queue_ = queue;
+    queue_ = std::move(queue);
     for (const Path& file : touched_) {
         if (auto record = teller_.file(file))
             delta.changed.push_back(*std::move(record));
         else if (isLooking_)
-            unclear_.insert(file);
+            unclear_.push_back(file);
         else if (!isOffered(file))
             delta.gone.push_back(file);
     }
@@ -170,7 +195,9 @@ UnfinishedShelf::Delta UnfinishedStore::changes() {
     delta.restores.insert(delta.restores.end(), away_.begin(), away_.end());
     delta.tellsLeft = !isLooking_;
     touched_.clear();
-    hasChanges_ = isUrgent_ = false;
+    isTouched_.clear();
+    hasChanges_ = false;
+    due_ = urgent_ = Clock::time_point::max();
     return delta;
 }
 
@@ -188,7 +215,7 @@ void UnfinishedStore::dropOffered(const std::vector<Path>& files) {
 }
 
 void UnfinishedStore::forget(const std::vector<Path>& files) {
-    for (const Path& file : files) expected_.erase(file);
+    for (const Path& file : files) expected_.erase(file.native());
     dropOffered(files);
 }
 
@@ -199,18 +226,37 @@ void UnfinishedStore::keepNow() {
     shelf_->writeAtQuit();
 }
 
-Task<UnfinishedWork> UnfinishedStore::take() {
-    offer_.reset();
-    isTaking_ = true;
+Task<UnfinishedWork> UnfinishedStore::take(LookAtRestores look) {
     std::vector<Path> files;
     for (const UnfinishedFile& file : offered_.files) files.push_back(file.resolved.file.url);
     std::vector<Path> toLookAt = files;
     for (const UnfinishedRestore& restore : offered_.restores) toLookAt.push_back(restore.file);
     using Looked = UnfinishedShelf::Looked;
-    std::function<Looked()> look = [shelf = shelf_, toLookAt] { return shelf->lookAt(toLookAt); };
-    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
-    const Looked looked = co_await looking;
-    isTaking_ = false;
+    std::function<Looked()> work = [shelf = shelf_, toLookAt, look = std::move(look),
+                                    restores = offered_.restores] {
+        if (look) look(restores);
+        return shelf->lookAt(toLookAt);
+    };
+    offer_.reset();
+    Looked looked;
+    try {
+        isTaking_ = true;
+        const Ending taking(isTaking_);
+        auto looking = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
+        looked = co_await looking;
+    } catch (const CancelError&) {
+        throw;
+    } catch (const std::exception&) {
+        // The offer stands.
+        makeOffer();
+        throw;
+    }
+    co_return handOver(files, looked);
+}
+
+UnfinishedWork UnfinishedStore::handOver(const std::vector<Path>& files,
+                                         const UnfinishedShelf::Looked& looked) {
+    offer_.reset();
     UnfinishedWork work = std::exchange(offered_, {});
     offeredAt_.clear();
     // What can't be looked at stays on the shelf as it is, for a later start.
@@ -224,7 +270,7 @@ Task<UnfinishedWork> UnfinishedStore::take() {
         if (isAway) away_.push_back(restore);
         return isAway;
     });
-    co_return work;
+    return work;
 }
 
 void UnfinishedStore::handBack(UnfinishedWork work) {
@@ -235,7 +281,7 @@ void UnfinishedStore::handBack(UnfinishedWork work) {
     for (UnfinishedRestore& restore : work.restores)
         offered_.restores.push_back(std::move(restore));
     makeOffer();
-    queueChanged();
+    queueChanged(false);
 }
 
 void UnfinishedStore::discard() {
@@ -243,17 +289,17 @@ void UnfinishedStore::discard() {
     for (const UnfinishedFile& file : std::exchange(offered_, {}).files)
         touch(file.resolved.file.url);
     offer_.reset();
-    queueChanged();
+    queueChanged(false);
 }
 
 void UnfinishedStore::expect(const UnfinishedFile& file) {
     const Path& url = file.resolved.file.url;
-    expected_.insert_or_assign(url, file);
+    expected_.insert_or_assign(url.native(), file);
     touch(url);
 }
 
 const UnfinishedFile* UnfinishedStore::expected(const Path& file) const {
-    const auto found = expected_.find(file);
+    const auto found = expected_.find(file.native());
     return found == expected_.end() ? nullptr : &found->second;
 }
 

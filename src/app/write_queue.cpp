@@ -153,7 +153,7 @@ double WriteQueue::doneBytes() const {
 }
 
 double WriteQueue::speed() const {
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - startedAt_;
+    const std::chrono::duration<double> passed = clock() - startedAt_;
     return passed.count() > 2.0 ? doneBytes() / passed.count() : 0.0;
 }
 
@@ -173,7 +173,7 @@ void WriteQueue::start() {
     batch_ = newUUID();
     active_ = true;
     paused_ = finished_ = cancelled_ = false;
-    startedAt_ = std::chrono::steady_clock::now();
+    startedAt_ = clock();
     changed();
     run();
 }
@@ -259,11 +259,12 @@ Task<> WriteQueue::run() {
         }
         auto working = work(index);
         WriteOutcome outcome = co_await working;
-        finish(index, std::move(outcome));
+        auto finishing = finish(index, std::move(outcome));
+        co_await finishing;
     }
     active_ = paused_ = false;
     finished_ = true;
-    changed();
+    jobsChanged();
 }
 
 Task<WriteOutcome> WriteQueue::work(std::size_t index) {
@@ -329,18 +330,35 @@ void WriteQueue::take(const std::string& step, double fraction, std::size_t inde
     changed();
 }
 
-void WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
+Task<> WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
     control_.reset();
+    // The list is closed while a run is on.
     Job& job = jobs_[index];
     job.fraction = 1;
     job.state = stateOf(outcome.status);
     job.outcome = outcome;
-    if (outcome.status != WriteOutcome::Status::cancelled)
-        history_.append(entryOf(job, outcome, batch_));
     if (outcome.status == WriteOutcome::Status::stopped) cancelled_ = true;
+    if (outcome.status != WriteOutcome::Status::cancelled) {
+        auto recording = record(entryOf(job, outcome, batch_));
+        co_await recording;
+    }
     if (job.state == State::done) dropAtoms(job.request);
     jobsChanged();
     if (job.state == State::done && !job.request.isRestore() && onDone) onDone(job.request.file);
+}
+
+/// The next job begins when the record of this one is on the disk.
+Task<> WriteQueue::record(HistoryEntry entry) {
+    const CancelToken life = life_;
+    try {
+        auto appending = history_.appendSoon(std::move(entry));
+        co_await appending;
+    } catch (const CancelError&) {
+        throw;
+    } catch (const std::exception&) {
+        // History never holds up a run.
+    }
+    life.check();
 }
 
 }  // namespace marlet

@@ -15,6 +15,7 @@
 namespace marlet {
 
 class HistoryStore;
+struct HistoryEntry;
 
 /// Runs the committed jobs one at a time, in order, off the main context. Knows nothing of how a
 /// file is written. Main context only.
@@ -80,17 +81,20 @@ public:
     void resume();
     void cancel();
 
+    /// Tells how long a run lasts; pictures and tests have one of their own.
+    std::function<std::chrono::steady_clock::time_point()> clock = &std::chrono::steady_clock::now;
     std::function<void(const std::filesystem::path&)> onDone;
     std::function<void(const std::vector<std::filesystem::path>&)> onRemoved;
     /// Told after each change that a screen would show.
     std::function<void()> onChanged;
-    /// Told when jobs have come, gone, begun or ended.
+    /// Told when jobs have come, gone, begun or ended, and when a run has.
     std::function<void()> onJobs;
 
 private:
     Task<> run();
     Task<WriteOutcome> work(std::size_t index);
-    void finish(std::size_t index, WriteOutcome outcome);
+    Task<> finish(std::size_t index, WriteOutcome outcome);
+    Task<> record(HistoryEntry entry);
     StepProgress progressOf(std::size_t index, std::string id);
     void take(const std::string& step, double fraction, std::size_t index, const std::string& id);
     int count(Job::State state) const;

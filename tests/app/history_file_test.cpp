@@ -335,6 +335,17 @@ TEST_F(HistoryFile, WhatAnotherCopyDamagedOrRemovedIsWrittenWholeAgain) {
     EXPECT_EQ(titles(), "Third Second First ");
 }
 
+TEST_F(HistoryFile, OneThatNobodyChangedIsNotReadAgain) {
+    HistoryStore store;
+    store.append(entry("First"));
+    {
+        // What can't be copied from it is written anew.
+        const Sys::Fault fault(Sys::Call::Read, EIO, 1, true, HistoryStore::file());
+        store.append(entry("Second"));
+    }
+    EXPECT_EQ(titles(), "Second First ");
+}
+
 TEST_F(HistoryFile, ARowStaysWholeWhenHistoryIsCleared) {
     HistoryStore store;
     store.append(entry("Film"));

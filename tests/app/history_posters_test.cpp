@@ -27,6 +27,7 @@ TEST_F(Posters, OneThatIs181DaysOldIsRemovedWhenTheModelStarts) {
     const fs::path old = poster("/old.jpg", std::chrono::days(181));
     const fs::path young = poster("/young.jpg", std::chrono::days(179));
     make();
+    ASSERT_TRUE(Async::settle(20s));
     EXPECT_FALSE(fs::exists(old));
     EXPECT_TRUE(fs::exists(young));
 }

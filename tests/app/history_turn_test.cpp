@@ -69,7 +69,7 @@ TEST_F(HistoryTurnTest, OneThatHangsIsWaitedForInFullOnlyOnce) {
 TEST_F(HistoryTurnTest, OneThatHangsKeepsNoEntryOutOfTheFile) {
     ASSERT_TRUE(otherTakes());
     HistoryStore store;
-    store.patience = patience_;
+    store.setPatience(patience_);
     for (const char* id : {"A", "B"}) {
         HistoryEntry entry;
         entry.id = id;

@@ -99,7 +99,7 @@ TEST_F(UnfinishedOnDisks, ADiskThatGoesAfterTheOfferTakesNothingAlong) {
     RestorePoints::saveIfMissing(restored, {}, 1);
     addConfirmed({onNas, charade});
     queue(onNas);
-    model->restoreOriginal(restored);
+    Async::wait(model->restoreOriginal(restored));
     restart();
     ASSERT_EQ(offered().size(), 3U);
     unmount();
@@ -117,7 +117,7 @@ TEST_F(UnfinishedOnDisks, ADiskThatGoesAfterTheOfferTakesNothingAlong) {
 TEST_F(UnfinishedOnDisks, RestoresOfADiskThatIsAwayWaitForItsReturn) {
     const fs::path restored = file("nas/Sintel (2010).mp4");
     RestorePoints::saveIfMissing(restored, {}, 1);
-    model->restoreOriginal(restored);
+    Async::wait(model->restoreOriginal(restored));
     model->keepUnfinished();
     unmount();
     start();

@@ -62,7 +62,7 @@ TEST(UnfinishedJsonTest, EveryFieldComesBackAsItWas) {
     const UnfinishedRestore restore{
         "/films/b.mp4", {.kind = MediaKind::tv, .title = "B", .show = "S", .season = 1}, 1999};
     const std::string text = UnfinishedJson::document(
-        {UnfinishedJson::line(UnfinishedJson::encode(file), mark, true),
+        {UnfinishedJson::line(UnfinishedJson::encode(file), mark, true, 1'800'000'000'000'000),
          UnfinishedJson::line(UnfinishedJson::encode({.resolved = {.file = {.url = "/a"}}}), {},
                               false),
          UnfinishedJson::line(restore)});
@@ -71,6 +71,7 @@ TEST(UnfinishedJsonTest, EveryFieldComesBackAsItWas) {
     ASSERT_EQ(content->files.size(), 2U);
     EXPECT_EQ(content->files[0].file, file);
     EXPECT_EQ(content->files[0].mark, mark);
+    EXPECT_EQ(content->files[0].since, 1'800'000'000'000'000);
     EXPECT_EQ(content->files[1].file, (UnfinishedFile{.resolved = {.file = {.url = "/a"}}}));
     ASSERT_EQ(content->restores.size(), 1U);
     EXPECT_EQ(content->restores[0], restore);
@@ -134,12 +135,14 @@ TEST(UnfinishedJsonTest, ALineThatIsNotAsExpectedIsLeftOutAndTheOthersStay) {
         with(R"({"resolved":{"file":{"path":"/a"},"match":{"season":3000000000}}})"),
         with(R"({"resolved":{"file":{"path":"/a"},"match":{"kind":"opera"}}})"),
         with(R"({"resolved":{"file":{"path":"/a"}},"ticks":{"sounds":[[1]]}})"),
+        R"({"queued":false,"since":"now","mark":{},"file":{"resolved":{"file":{"path":"/a"}}}})",
         with(R"({"resolved":{"file":{"path":"/good"}}})"),
     });
     const auto content = UnfinishedJson::decode(viewOf(text));
     ASSERT_TRUE(content);
     ASSERT_EQ(content->files.size(), 1U);
     EXPECT_EQ(content->files[0].file.resolved.file.url, "/good");
+    EXPECT_EQ(content->files[0].since, 0) << "as older versions wrote it";
     EXPECT_TRUE(content->restores.empty());
 }
 

@@ -389,5 +389,35 @@ TEST_F(WriteQueueTest, AConversionNeedsTheMediaTool) {
               "the media tool (MP4Box) is missing from this copy of Marlet");
 }
 
+TEST_F(WriteQueueTest, TheNextJobBeginsWhenTheRecordOfTheOneBeforeIsInHistorysFile) {
+    std::vector<std::size_t> recorded;
+    WriteQueue queue(history_, [&](const auto&, auto&, const auto&) {
+        recorded.push_back(HistoryStore().entries().size());
+        return WriteOutcome{.status = Status::done};
+    });
+    queue.add({job("a"), job("b"), job("c")});
+    queue.start();
+    while (queue.active()) Async::wait(Async::sleep(1ms));
+    EXPECT_EQ(recorded, (std::vector<std::size_t>{0, 1, 2}));
+    EXPECT_EQ(HistoryStore().entries().size(), 3u);
+}
+
+TEST_F(WriteQueueTest, AQueueThatGoesWhileARecordIsWrittenIsNotTouchedAfterwards) {
+    {
+        bool isDone = false;
+        WriteQueue queue(history_, [](const auto&, auto&, const auto&) {
+            return WriteOutcome{.status = Status::done};
+        });
+        queue.onDone = [&](const auto&) { isDone = true; };
+        queue.add({job("a")});
+        queue.start();
+        while (queue.doneCount() == 0) Async::wait(Async::sleep(1ms));
+        // The job has ended; its record is written or on its way.
+        EXPECT_TRUE(!isDone || queue.finished());
+    }
+    EXPECT_TRUE(Async::settle(20s));
+    EXPECT_EQ(HistoryStore().entries().size(), 1u);
+}
+
 }  // namespace
 }  // namespace marlet::test

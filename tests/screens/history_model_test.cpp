@@ -1,5 +1,7 @@
 #include "screens/history/history_model.h"
 
+#include <future>
+
 #include "app/model_fixture.h"
 #include "screens/base/qt_text.h"
 #include "screens/pictures/art_address.h"
@@ -210,7 +212,7 @@ TEST_F(HistoryScreen, TheQuestionCountsTheFilesThatComeBack) {
     EXPECT_EQ(model->queue().jobs().size(), 0u);
     screen->askRestore(key(1));
     screen->answerRestore(true);
-    EXPECT_EQ(model->tab, AppModel::Tab::queue);
+    until([&] { return model->tab == AppModel::Tab::queue; });
     EXPECT_EQ(model->queue().jobs().size(), 2u);
     EXPECT_FALSE(screen->canRestore());
     until([&] { return !model->queue().active(); });
@@ -272,6 +274,55 @@ TEST_F(HistoryScreen, ClearingEmptiesThePage) {
     history.clear();
     until([&] { return screen->stage() == "empty"; });
     EXPECT_EQ(count(), 0);
+}
+
+TEST_F(HistoryScreen, ARunThatBeganWhileTheQuestionWasOpenKeepsThePageWhereItIs) {
+    std::promise<void> mayEnd;
+    const std::shared_future<void> end(mayEnd.get_future());
+    parts.worker = [end](const WriteRequest&, auto&, const auto&) {
+        end.wait();
+        return WriteOutcome{.status = WriteOutcome::Status::done};
+    };
+    screen.reset();
+    make();
+    screen = std::make_unique<HistoryModel>(*model);
+    model->onChanged = [this] { screen->refresh(); };
+    history.append(film("a", savedFile("a.mp4")));
+    addConfirmed({"Charade (1963).mp4"});
+    queueAll();
+    show();
+    look(0);
+    screen->askRestore(key(0));
+    model->queue().start();
+    model->tab = AppModel::Tab::history;
+    screen->answerRestore(true);
+    for (int i = 0; i < 20; i++) pause();
+    EXPECT_EQ(model->tab, AppModel::Tab::history);
+    EXPECT_EQ(model->queue().jobs().size(), 1u);
+    mayEnd.set_value();
+    until([&] { return !model->queue().active(); });
+}
+
+TEST_F(HistoryScreen, WithNothingToRestoreThePageStaysWhereItIsAndANoticeTellsWhy) {
+    const fs::path saved = savedFile("a.mp4");
+    history.append(film("a", saved));
+    show();
+    look(0);
+    screen->askRestore(key(0));
+    fs::remove(saved);
+    model->tab = AppModel::Tab::history;
+    screen->answerRestore(true);
+    until([&] { return model->notice.has_value(); });
+    EXPECT_EQ(model->tab, AppModel::Tab::history);
+}
+
+TEST_F(HistoryScreen, TheFileIsReadByAWorkerAndNobodyWaitsForIt) {
+    HistoryStore().append(film("a", "/films/a.mp4"));
+    screen->setShown(true);
+    EXPECT_EQ(screen->stage(), "unknown");
+    EXPECT_FALSE(history.isLoaded());
+    until([&] { return screen->stage() == "rows"; });
+    EXPECT_EQ(count(), 1);
 }
 
 }  // namespace

@@ -45,6 +45,7 @@ Screens::Screens(AppModel& model, QuitGate& gate, QObject* parent)
     };
     connect(desktop_, &DesktopModel::queueAsked, this, [this] { setTab(1); });
     refreshNow();
+    model_.history().load();
 }
 
 Screens::~Screens() {
@@ -94,7 +95,7 @@ QString Screens::queueCount() const {
 
 QString Screens::historyCount() const {
     const int own =
-        model_.forceEmptyHistory ? 0 : static_cast<int>(model_.history().entries().size());
+        model_.forceEmptyHistory ? 0 : static_cast<int>(model_.history().known().size());
     const int count = own + (model_.sampleEntry && !model_.forceEmptyHistory ? 1 : 0);
     return count == 1 ? tr("%1 item").arg(count) : tr("%1 items").arg(count);
 }
@@ -164,7 +165,7 @@ void Screens::askToClearHistory() {
 
 void Screens::answerClearHistory(bool clear) {
     model_.askClearHistory = false;
-    if (clear) model_.history().clear();
+    if (clear) model_.history().clearSoon();
     refreshSoon();
 }
 
@@ -189,7 +190,7 @@ void Screens::quit() {
 }
 
 void Screens::endSession(const std::function<void()>& askToWait) {
-    model_.keepUnfinished();
+    model_.keepNow();
     // Otherwise whoever ends the session ends the program as well, or changes their mind.
     if (!RunControl::criticalActive()) return;
     askToWait();

@@ -2,15 +2,13 @@
 
 #include <QStandardPaths>
 #include <chrono>
-#include <set>
 
 #include "app/app_model.h"
+#include "app/restore_jobs.h"
 #include "foundation/durable.h"
 #include "foundation/errors.h"
-#include "foundation/syscalls.h"
 #include "identify/asking.h"
 #include "screens/base/qt_text.h"
-#include "write/restore_points.h"
 
 namespace marlet {
 
@@ -21,15 +19,10 @@ using namespace std::chrono_literals;
 /// A search begins when nobody has typed for so long.
 constexpr auto typingPause = 150ms;
 
-/// Those of a row whose originals were saved and whose files are there, one a file. Asks the disk.
 HistoryList restorableOf(const HistoryList& entries) {
-    std::set<std::string> seen;
     HistoryList found;
-    for (const HistoryList::Shared& entry : entries.shared()) {
-        if (entry->result != "done" || entry->isRestore.value_or(false)) continue;
-        if (!RestorePoints::exists(entry->path) || !Sys::stat(entry->path)) continue;
-        if (seen.insert(entry->path).second) found.add(entry);
-    }
+    for (RestoreJobs::Restorable& each : RestoreJobs::among(entries))
+        found.add(std::move(each.entry));
     return found;
 }
 
@@ -98,7 +91,6 @@ void HistoryModel::setQuery(const QString& query) {
     typing_.start();
 }
 
-// Nobody looks at a page that isn't shown, and History is read when it is first needed.
 bool HistoryModel::isOutdated() const {
     if (builtFilter_ != model_.historyFilter || builtQuery_ != model_.historyQuery) return true;
     if (builtDay_ != Dates::startOfLocalDay(Dates::now())) return true;
@@ -110,7 +102,7 @@ bool HistoryModel::isOutdated() const {
 const HistoryList& HistoryModel::entries() const {
     static const HistoryList none;
     if (model_.forceEmptyHistory) return none;
-    const HistoryList& own = model_.history().entries();
+    const HistoryList& own = model_.history().known();
     if (!model_.sampleEntry) return own;
     if (sampled_.size() != own.size() + 1) {
         sampled_ = own;
@@ -119,8 +111,24 @@ const HistoryList& HistoryModel::entries() const {
     return sampled_;
 }
 
+// Nobody looks at a page that isn't shown, and History is read when it is first needed.
 void HistoryModel::buildSoon() {
-    if (shown_ && !building_ && isOutdated()) build();
+    if (!shown_ || building_) return;
+    if (!model_.history().isLoaded()) {
+        if (!loading_) load();
+    } else if (isOutdated()) {
+        build();
+    }
+}
+
+Task<> HistoryModel::load() {
+    const CancelToken life = life_;
+    loading_ = true;
+    auto loading = model_.history().load();
+    co_await loading;
+    life.check();
+    loading_ = false;
+    buildSoon();
 }
 
 Task<> HistoryModel::build() {
@@ -230,10 +238,18 @@ QString HistoryModel::restoreButton() const {
 
 void HistoryModel::answerRestore(bool restore) {
     const HistoryList entries = std::exchange(toRestore_, {});
-    if (!restore || entries.empty()) return;
+    if (restore && !entries.empty()) this->restore(entries);
+}
+
+Task<> HistoryModel::restore(HistoryList entries) {
+    const CancelToken life = life_;
+    auto restoring = model_.restoreBatch(std::move(entries));
+    const bool isQueued = co_await restoring;
+    life.check();
+    if (!isQueued) co_return;
     // Its progress is there to be seen.
     model_.tab = AppModel::Tab::queue;
-    model_.restoreBatch(entries);
+    if (model_.onChanged) model_.onChanged();
 }
 
 QUrl HistoryModel::exportPlace() const {
@@ -255,8 +271,12 @@ void HistoryModel::tell(const QString& notice) {
 }
 
 Task<> HistoryModel::write(std::filesystem::path file) {
+    const CancelToken life = life_;
+    auto loading = model_.history().load();
+    co_await loading;
+    life.check();
     const QString name = toQt(file.filename());
-    std::function<std::string()> work = [entries = model_.history().entries(), file] {
+    std::function<std::string()> work = [entries = model_.history().known(), file] {
         try {
             Durable::writeFile(file, viewOf(HistoryStore::csvOf(entries)));
             return std::string();

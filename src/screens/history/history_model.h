@@ -88,11 +88,13 @@ private:
     bool isOutdated() const;
     const HistoryList& entries() const;
     void buildSoon();
+    Task<> load();
     Task<> build();
     void take(Built built);
     void complete(HistoryLine& line) const;
     Task<> findOut(QString key);
     void tell(const QString& notice);
+    Task<> restore(HistoryList entries);
     Task<> write(std::filesystem::path file);
 
     AppModel& model_;
@@ -105,6 +107,7 @@ private:
     int builtFilter_ = -1;         ///< -1: nothing has been built
     std::string builtQuery_;
     Moment builtDay_{};  ///< its headings say "Today"
+    bool loading_ = false;
     bool building_ = false;
     QTimer typing_;  ///< runs while a person types in the search field
     QHash<QString, Known> known_;

@@ -321,7 +321,9 @@ void Stage::endJobWith(const QVariantMap& told) {
         outcome.after = after->toDouble();
     if (const auto output = text(told, "output")) outcome.output = path(*output);
     worker_->end(std::move(outcome));
-    Async::wait(Async::sleep(5ms));
+    // Until its record is in History, and the next job runs or the run has ended.
+    while (queue.active() && (queue.current() == nullptr || queue.current()->id == id))
+        Async::wait(Async::sleep(1ms));
     settle();
 }
 
@@ -363,6 +365,8 @@ void Stage::setSetting(const QString& key, const QVariant& value) {
 
 QVariant Stage::setting(const QString& key) const {
     const Preferences& preferences = Preferences::current();
+    const WriteQueue& queue = model_->queue();
+    const std::string id = queue.current() == nullptr ? "" : queue.current()->id;
     if (const auto on = preferences.boolean(fromQt(key))) return *on;
     if (const auto words = preferences.text(fromQt(key))) return toQt(*words);
     return {};
