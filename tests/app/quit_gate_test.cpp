@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 #include <future>
+#include <iterator>
+#include <string>
 #include <thread>
 
 #include "foundation/run_control.h"
@@ -87,21 +91,32 @@ TEST(QuitGateDeathTest, AJobOutsideItsCriticalSectionIsAbandonedAtOnce) {
     EXPECT_EXIT(quitWithAJobOutsideItsCriticalSection(), testing::ExitedWithCode(0), "");
 }
 
+/// Whether a thread of this process waits for something, as the kernel tells it.
+bool sleeps(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t name = text.rfind(") ");
+    return name != std::string::npos && text[name + 2] == 'S';
+}
+
+void enterBehindTheClosedGate() {
+    ASSERT_TRUE(RunControl::closeForQuit());
+    std::atomic<pid_t> entering = 0;
+    std::thread([&entering] {
+        RunControl control;
+        entering = gettid();
+        // Nothing else lets this thread sleep from here on.
+        const CriticalSection changing(control);
+        std::fputs("a file was changed", stderr);
+        std::_Exit(1);
+    }).detach();
+    while (entering == 0 || !sleeps(entering)) std::this_thread::yield();
+    std::_Exit(0);
+}
+
 TEST(QuitGateDeathTest, AfterTheGateHasClosedNoJobCanEnterItsCriticalSection) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    EXPECT_EXIT(
-        {
-            RunControl::closeForQuit();
-            std::thread([] {
-                RunControl control;
-                const CriticalSection changing(control);
-                std::fputs("a file was changed", stderr);
-                std::_Exit(1);
-            }).detach();
-            std::this_thread::sleep_for(100ms);
-            std::_Exit(0);
-        },
-        testing::ExitedWithCode(0), "^$");
+    EXPECT_EXIT(enterBehindTheClosedGate(), testing::ExitedWithCode(0), "^$");
 }
 
 }  // namespace
