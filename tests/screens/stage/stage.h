@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QMimeData>
 #include <QObject>
+#include <QPointF>
 #include <QQmlEngine>
+#include <QQuickWindow>
 #include <QStringList>
 #include <QVariant>
 #include <filesystem>
@@ -99,6 +102,11 @@ public:
     Q_INVOKABLE void openPicker(const QString& name);
     /// A fault of the catalogue, as `marlet-catalogue --help` tells; empty takes them away.
     Q_INVOKABLE void setFault(const QString& json);
+    /// Drags what has these addresses, line by line, to a place in the window; true when it would
+    /// be taken. dropThere() lets go of it: true when it was taken. dragAway() leaves the window.
+    Q_INVOKABLE bool dragOver(QQuickWindow* window, const QStringList& addresses, qreal x, qreal y);
+    Q_INVOKABLE bool dropThere(QQuickWindow* window);
+    Q_INVOKABLE void dragAway(QQuickWindow* window);
     Q_INVOKABLE int requestCount(const QString& pathRegex) const;
 
 public Q_SLOTS:
@@ -119,6 +127,8 @@ private:
     std::unique_ptr<AppModel> model_;
     std::unique_ptr<QuitGate> gate_;
     std::unique_ptr<Screens> screens_;
+    std::unique_ptr<QMimeData> dragged_;
+    QPointF draggedTo_;
 };
 
 }  // namespace marlet::test
