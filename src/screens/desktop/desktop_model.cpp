@@ -29,6 +29,8 @@ DesktopModel::DesktopModel(AppModel& model, QObject* parent)
     const QString inter = QStringLiteral("Inter");
     family_ = QFontDatabase::hasFamily(inter) ? inter : QGuiApplication::font().family();
     connect(&portal_, &SettingsPortal::changed, this, &DesktopModel::refresh);
+    connect(qGuiApp, &QGuiApplication::layoutDirectionChanged, this, &DesktopModel::refresh);
+    qGuiApp->installEventFilter(this);
     connect(&run_, &RunWatch::queueAsked, this, [this] {
         for (QWindow* window : QGuiApplication::topLevelWindows()) {
             if (!window->isVisible()) continue;
@@ -47,8 +49,14 @@ void DesktopModel::refresh() {
         SettingsPortal::isDark(Settings::effectiveAppearance(), portal_.scheme(), othersAreDark()));
     const bool shaded = take(dark_, wanted);
     const bool calmed = take(reducedMotion_, posed_ || portal_.isCalm());
-    if (scaled || shaded || calmed) Q_EMIT looksChanged();
+    const bool turned = take(mirrored_, QGuiApplication::isRightToLeft());
+    if (scaled || shaded || calmed || turned) Q_EMIT looksChanged();
     run_.refresh();
+}
+
+bool DesktopModel::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ApplicationFontChange) refresh();
+    return ScreenPart::eventFilter(watched, event);
 }
 
 void DesktopModel::pose(std::optional<bool> dark) {

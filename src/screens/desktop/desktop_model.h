@@ -23,16 +23,20 @@ class DesktopModel : public marlet::ScreenPart {
     Q_PROPERTY(bool dark READ dark NOTIFY looksChanged)
     Q_PROPERTY(qreal textScale READ textScale NOTIFY looksChanged)  ///< 1 for text of usual size
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY looksChanged)
-    Q_PROPERTY(QString family READ family CONSTANT)  ///< of all text
+    Q_PROPERTY(QString family READ family CONSTANT)              ///< of all text
+    Q_PROPERTY(bool mirrored READ mirrored NOTIFY looksChanged)  ///< rows begin at the right
 
 public:
     explicit DesktopModel(AppModel& model, QObject* parent = nullptr);
     void refresh() override;
+    /// The system's font, and with it the size of all text, may change at any time.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     bool dark() const { return dark_; }
     qreal textScale() const { return textScale_; }
     bool reducedMotion() const { return reducedMotion_; }
     QString family() const { return family_; }
+    bool mirrored() const { return mirrored_; }
     /// The file manager opens with these files selected.
     Q_INVOKABLE void showInFolder(const QList<QUrl>& files);
     /// For pictures: this look whatever is set, and nothing moves. Nothing ends it.
@@ -51,6 +55,7 @@ private:
     bool dark_ = false;
     qreal textScale_ = 1;
     bool reducedMotion_ = false;
+    bool mirrored_ = false;
     QString family_;
 };
 

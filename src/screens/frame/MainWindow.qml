@@ -15,6 +15,9 @@ ApplicationWindow {
     minimumHeight: 480
     title: "Marlet"
     color: Theme.window
+    // What opens over the window lies in it, and is mirrored with it.
+    LayoutMirroring.enabled: Theme.mirrored
+    LayoutMirroring.childrenInherit: true
     onClosing: close => {
         close.accepted = false;
         App.quit();

@@ -9,7 +9,7 @@ FocusScope {
     id: root
 
     property bool dropTargeted: false
-    readonly property bool wide: width >= 900
+    readonly property bool wide: width >= Math.max(900, Theme.px(900))
     readonly property bool showsInspector: App.tab === 0 && App.inspectorShown
     signal filesAsked()
     signal folderAsked()
@@ -20,7 +20,7 @@ FocusScope {
 
     TabColumn {
         id: tabs
-        width: root.width < 820 ? 148 : 184
+        width: Math.min(Theme.px(root.width < 820 ? 148 : 184), Math.max(148, Math.floor(root.width * 0.22)))
         anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
     }
     Hairline {
@@ -91,7 +91,7 @@ FocusScope {
     }
     FocusScope {
         id: side
-        width: 360
+        width: Theme.px(360)
         visible: root.wide && root.showsInspector
         anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
         Loader {
@@ -104,8 +104,8 @@ FocusScope {
         id: over
         objectName: "inspectorSheet"
         parent: T.Overlay.overlay
-        edge: root.LayoutMirroring.enabled ? Qt.LeftEdge : Qt.RightEdge
-        width: Math.min(360, root.width - 48)
+        edge: Theme.mirrored ? Qt.LeftEdge : Qt.RightEdge
+        width: Math.min(Theme.px(360), root.width - 48)
         height: parent ? parent.height : 0
         interactive: opened
         closePolicy: Popup.CloseOnEscape | Popup.CloseOnPressOutside

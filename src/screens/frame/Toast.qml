@@ -22,6 +22,7 @@ Rectangle {
 
     Words {
         id: words
+        Accessible.ignored: true
         anchors { fill: parent; leftMargin: Theme.s4; rightMargin: Theme.s4; topMargin: Theme.s3 }
         // Stays while it fades.
         property string last

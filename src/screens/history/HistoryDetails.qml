@@ -26,8 +26,11 @@ Column {
             implicitHeight: Math.max(words.implicitHeight, name.implicitHeight)
             Words {
                 id: name
+                anchors.left: parent.left
                 width: Math.min(Theme.px(124), pair.width * 0.35)
                 text: pair.label
+                wrapMode: Text.Wrap
+                Accessible.ignored: true
                 kind: Words.Quiet
             }
             Words {

@@ -22,16 +22,26 @@ Item {
     signal menuAsked(real x, real y)
     signal restoreAsked()
 
+    function take() {
+        ListView.view.currentIndex = index;
+        ListView.view.forceActiveFocus(Qt.MouseFocusReason);
+    }
     function toggle() { App.history.toggle(key); }
-    function askMenu() { menuAsked(Theme.s6, Math.min(height, Theme.px(56))); }
+    function askMenu() { menuAsked(Theme.mirrored ? width - Theme.s6 : Theme.s6, Math.min(height, Theme.px(56))); }
 
     objectName: "historyRow" + index
     width: ListView.view.width
     implicitHeight: head.height + (open ? more.implicitHeight + Theme.s3 : 0)
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
+    Accessible.selectable: true
+    Accessible.selected: current
     Accessible.focusable: true
     Accessible.focused: current
+    Accessible.onPressAction: {
+        take();
+        toggle();
+    }
 
     RowFrame {
         anchors.fill: parent
@@ -53,8 +63,7 @@ Item {
         height: Math.max(Theme.px(64), texts.implicitHeight + 2 * Theme.s2)
         TapHandler {
             onTapped: {
-                row.ListView.view.currentIndex = row.index;
-                row.ListView.view.forceActiveFocus(Qt.MouseFocusReason);
+                row.take();
                 row.toggle();
             }
         }
@@ -80,6 +89,7 @@ Item {
                     id: name
                     objectName: "historyTitle"
                     text: row.title
+                    Accessible.ignored: true
                     kind: Words.RowTitle
                     width: Math.min(implicitWidth, parent.width - (about.visible ? Math.min(about.implicitWidth, 160) + Theme.s2 : 0))
                 }
@@ -88,6 +98,7 @@ Item {
                     objectName: "historySub"
                     visible: text !== ""
                     text: row.sub
+                    Accessible.ignored: true
                     kind: Words.Quiet
                     width: Math.min(implicitWidth, parent.width - name.width - Theme.s2)
                     anchors.baseline: name.baseline
@@ -97,6 +108,7 @@ Item {
                 objectName: "historyText"
                 width: parent.width
                 text: row.line
+                Accessible.ignored: true
                 kind: Words.Quiet
                 color: row.kind === "failed" ? Theme.failed : Theme.quiet
                 maximumLineCount: 2
@@ -107,6 +119,7 @@ Item {
             id: when
             objectName: "historyTime"
             text: row.time
+            Accessible.ignored: true
             kind: Words.Small
             anchors { right: arrow.left; rightMargin: Theme.s2; verticalCenter: parent.verticalCenter }
         }
@@ -123,7 +136,7 @@ Item {
 
         active: row.open
         anchors { top: head.bottom; left: parent.left; right: parent.right; rightMargin: Theme.s3 }
-        anchors.leftMargin: texts.x
+        anchors.leftMargin: Theme.mirrored ? head.width - texts.x - texts.width : texts.x
         sourceComponent: HistoryDetails {
             details: row.details
             restorable: row.restorable

@@ -8,7 +8,7 @@ FocusScope {
     id: view
 
     readonly property HistoryModel history: App.history
-    readonly property bool narrow: width < 680
+    readonly property bool narrow: width < Theme.px(680)
 
     Binding { target: view.history; property: "shown"; value: view.visible }
     Shortcut {
@@ -22,7 +22,10 @@ FocusScope {
 
         readonly property bool used: view.history.stage !== "empty"
 
-        height: Theme.control + Theme.s3
+        /// Beside the filter and the buttons there is no room for a search.
+        readonly property bool tight: filter.implicitWidth + buttons.width + 2 * Theme.s3 + Theme.px(120) > width
+
+        height: (tight ? Math.max(filter.height, Theme.control) + Theme.s2 : 0) + Theme.control + Theme.s3
         anchors { left: parent.left; right: parent.right; top: parent.top; leftMargin: Theme.s4; rightMargin: Theme.s4 }
         Segments {
             id: filter
@@ -32,6 +35,7 @@ FocusScope {
             model: [qsTr("All"), qsTr("Done"), qsTr("Not done")]
             current: view.history.filter
             onChosen: index => view.history.filter = index
+            width: Math.min(implicitWidth, bar.width - buttons.width - Theme.s3)
             anchors { left: parent.left; top: parent.top }
         }
         SearchBox {
@@ -42,8 +46,12 @@ FocusScope {
             text: view.history.query
             onEdited: value => view.history.query = value
             Keys.onDownPressed: list.forceActiveFocus(Qt.TabFocusReason)
-            width: Math.max(120, Math.min(280, bar.width - filter.width - buttons.width - 2 * Theme.s3))
-            anchors { left: filter.right; leftMargin: Theme.s3; top: parent.top }
+            width: bar.tight ? bar.width
+                 : Math.min(Theme.px(280), bar.width - filter.width - buttons.width - 2 * Theme.s3)
+            anchors {
+                left: bar.tight ? parent.left : filter.right; leftMargin: bar.tight ? 0 : Theme.s3
+                top: parent.top; topMargin: bar.tight ? Math.max(filter.height, Theme.control) + Theme.s2 : 0
+            }
         }
         Row {
             id: buttons
@@ -58,7 +66,6 @@ FocusScope {
             }
             PushButton {
                 objectName: "exportButton"
-                visible: !view.narrow
                 enabled: bar.used
                 text: qsTr("Export")
                 help: qsTr("Export History as CSV")
@@ -71,15 +78,6 @@ FocusScope {
                 glyph: "trash"
                 help: qsTr("Clear History…")
                 onClicked: App.askToClearHistory()
-            }
-            IconButton {
-                objectName: "exportIcon"
-                visible: view.narrow
-                enabled: bar.used
-                glyph: "export"
-                text: qsTr("Export")
-                help: qsTr("Export History as CSV")
-                onClicked: view.openPanel()
             }
         }
     }
@@ -146,6 +144,10 @@ FocusScope {
             else return;
             event.accepted = true;
         }
+    }
+    FocusRing {
+        anchors.fill: list
+        shown: list.activeFocus && !list.currentItem
     }
     ContextMenu {
         id: menu

@@ -7,7 +7,7 @@ GridView {
 
     required property InspectorArtwork artwork
     readonly property int gap: Theme.s2
-    readonly property int columns: Math.max(2, Math.floor(width / (artwork.wide ? 168 : 112)))
+    readonly property int columns: Math.max(2, Math.floor(width / Theme.px(artwork.wide ? 168 : 112)))
     readonly property Item focused: activeFocus ? currentItem : null
     signal reached(Item cell)
 
@@ -45,7 +45,15 @@ GridView {
         Accessible.name: spoken
         Accessible.checkable: true
         Accessible.checked: chosen
-        Accessible.onPressAction: grid.artwork.pick(index)
+        Accessible.focusable: true
+        Accessible.focused: current
+        Accessible.onPressAction: take()
+
+        function take() {
+            grid.forceActiveFocus();
+            grid.currentIndex = index;
+            grid.artwork.pick(index);
+        }
 
         Item {
             id: frame
@@ -72,6 +80,7 @@ GridView {
                     text: cell.label
                     kind: Words.Small
                     color: "white"
+                    Accessible.ignored: true
                 }
             }
             Rectangle {
@@ -100,11 +109,7 @@ GridView {
             }
             HoverHandler { id: over; cursorShape: Qt.PointingHandCursor }
             TapHandler {
-                onTapped: {
-                    grid.forceActiveFocus();
-                    grid.currentIndex = cell.index;
-                    grid.artwork.pick(cell.index);
-                }
+                onTapped: cell.take()
             }
         }
     }

@@ -19,6 +19,7 @@ Column {
     }
     Poster {
         visible: cover.source !== ""
+        anchors.left: parent.left
         width: cover.wide ? Math.min(parent.width, Theme.px(213)) : Theme.px(80)
         height: Theme.px(120)
         source: cover.source
@@ -29,6 +30,7 @@ Column {
     }
     Rectangle {
         visible: cover.source === ""
+        anchors.left: parent.left
         width: cover.wide ? Math.min(parent.width, Theme.px(213)) : Theme.px(80)
         height: Theme.px(120)
         radius: Theme.posterRadius

@@ -8,7 +8,10 @@ Sheet {
 
     required property InspectorCompare model
     property string fileName
-    readonly property int labelWidth: Theme.px(128)
+    /// Beside the labels there is no room for two columns: they stand below them.
+    readonly property bool tight: list.width < Theme.px(500)
+    readonly property int labelWidth: tight ? 0 : Theme.px(128)
+    readonly property int columnsAt: tight ? 0 : labelWidth + Theme.s3
 
     title: qsTr("Before and After")
     footer: PushButton {
@@ -28,7 +31,7 @@ Sheet {
 
         // What stands above the rows becomes higher as its words and covers come.
         property bool atTop: true
-        readonly property real column: (width - sheet.labelWidth - Theme.s3 * 2) / 2
+        readonly property real column: (width - sheet.columnsAt - Theme.s3) / 2
 
         objectName: "compareList"
         anchors.fill: parent
@@ -68,8 +71,10 @@ Sheet {
                 wrapMode: Text.Wrap
             }
             Row {
+                width: parent.width
                 spacing: Theme.s3
                 Item {
+                    visible: !sheet.tight
                     width: sheet.labelWidth
                     height: 1
                 }
@@ -102,7 +107,7 @@ Sheet {
 
             objectName: "compare" + index
             width: list.width
-            height: Math.max(name.implicitHeight, old.implicitHeight, fresh.implicitHeight) + 2 * Theme.s2
+            height: lines.y + Math.max(sheet.tight ? 0 : name.implicitHeight, old.implicitHeight, fresh.implicitHeight) + Theme.s2
             radius: 6
             color: differs ? Theme.tint(Theme.accent, 0.07) : "transparent"
             Accessible.role: Accessible.Row
@@ -110,7 +115,7 @@ Sheet {
 
             Rectangle {
                 visible: row.differs
-                x: Theme.s2 - 2
+                anchors { left: parent.left; leftMargin: Theme.s2 - 2 }
                 y: Theme.s2 + Math.round(Theme.body * 0.5)
                 width: 6
                 height: 6
@@ -119,33 +124,38 @@ Sheet {
             }
             Words {
                 id: name
-                x: Theme.s2 + 10
+                anchors { left: parent.left; leftMargin: Theme.s2 + 10 }
                 y: Theme.s2
-                width: sheet.labelWidth - x
+                width: (sheet.tight ? row.width : sheet.labelWidth) - Theme.s2 - 10
                 text: row.label
+                Accessible.ignored: true
                 kind: Words.Small
                 wrapMode: Text.Wrap
                 color: row.differs ? Theme.ink : Theme.quiet
             }
-            Words {
-                id: old
-                x: sheet.labelWidth + Theme.s3
-                y: Theme.s2
-                width: list.column
-                text: row.before === "" ? "–" : row.before
-                kind: Words.Quiet
-                wrapMode: Text.Wrap
-                maximumLineCount: 8
-            }
-            Words {
-                id: fresh
-                x: sheet.labelWidth + list.column + 2 * Theme.s3
-                y: Theme.s2
-                width: list.column - Theme.s2
-                text: row.after === "" ? "–" : row.after
-                color: row.differs ? Theme.ink : Theme.quiet
-                wrapMode: Text.Wrap
-                maximumLineCount: 8
+            Row {
+                id: lines
+                anchors { left: parent.left; leftMargin: sheet.tight ? Theme.s2 : sheet.columnsAt }
+                y: sheet.tight ? name.y + name.height + 2 : Theme.s2
+                spacing: Theme.s3
+                Words {
+                    id: old
+                    width: list.column - (sheet.tight ? Theme.s2 : 0)
+                    text: row.before === "" ? "–" : row.before
+                    kind: Words.Quiet
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 8
+                    Accessible.ignored: true
+                }
+                Words {
+                    id: fresh
+                    width: list.column - Theme.s2
+                    text: row.after === "" ? "–" : row.after
+                    color: row.differs ? Theme.ink : Theme.quiet
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 8
+                    Accessible.ignored: true
+                }
             }
         }
         footer: Words {

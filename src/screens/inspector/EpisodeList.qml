@@ -58,7 +58,16 @@ Rectangle {
             height: frame.rowHeight
             Accessible.role: Accessible.ListItem
             Accessible.name: title + ", " + verdict
+            Accessible.selectable: true
             Accessible.selected: on
+            Accessible.focusable: true
+            Accessible.focused: on && list.activeFocus
+            Accessible.onPressAction: take()
+
+            function take() {
+                list.forceActiveFocus();
+                frame.model.chooseEpisode(index);
+            }
 
             RowFrame {
                 anchors.fill: parent
@@ -78,13 +87,11 @@ Rectangle {
                     verticalCenter: parent.verticalCenter
                 }
                 text: row.title
+                Accessible.ignored: true
             }
             HoverHandler { id: over }
             TapHandler {
-                onTapped: {
-                    list.forceActiveFocus();
-                    frame.model.chooseEpisode(row.index);
-                }
+                onTapped: row.take()
             }
         }
     }

@@ -42,6 +42,7 @@ Column {
             Tick {
                 id: tick
                 objectName: list.name + row.index
+                anchors.left: parent.left
                 width: parent.width - (first.visible ? first.width + Theme.s2 : 0)
                 text: row.title
                 note: row.note
@@ -61,6 +62,8 @@ Column {
     }
     LinkButton {
         objectName: list.name + "More"
+        anchors.left: parent.left
+        width: Math.min(implicitWidth, parent.width)
         visible: text !== ""
         text: list.more
         help: list.open ? qsTr("Shows fewer") : qsTr("Shows them, to keep one after all")

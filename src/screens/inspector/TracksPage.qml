@@ -14,7 +14,7 @@ Column {
         visible: page.model.busy !== ""
         width: parent.width
         spacing: 6
-        Words { objectName: "tracksBusy"; text: page.model.busy; kind: Words.Quiet }
+        Words { objectName: "tracksBusy"; width: parent.width; text: page.model.busy; kind: Words.Quiet }
         ProgressLine { width: parent.width; indeterminate: true; label: page.model.busy }
     }
     Column {
@@ -23,6 +23,7 @@ Column {
         spacing: Theme.s1
         SectionHeading { text: qsTr("Picture") }
         Row {
+            width: parent.width
             spacing: Theme.s2
             Glyph { name: "film"; size: Theme.px(18); color: Theme.quiet }
             Words { objectName: "pictureCodec"; text: page.model.picture }
@@ -35,7 +36,7 @@ Column {
         height: refusal.height + 2 * Theme.s3
         radius: Theme.radius
         color: Theme.tint(Theme.look, Theme.dark ? 0.14 : 0.1)
-        StateSymbol { id: mark; state: "look"; x: Theme.s3; y: Theme.s3 }
+        StateSymbol { id: mark; state: "look"; y: Theme.s3; anchors { left: parent.left; leftMargin: Theme.s3 } }
         Words {
             id: refusal
             objectName: "tracksRefusal"
@@ -80,7 +81,7 @@ Column {
             kind: Words.Small
             wrapMode: Text.Wrap
         }
-        ProgressLine { width: parent.width; value: page.model.checked; label: page.model.checking }
+        ProgressLine { width: parent.width; value: page.model.checked; label: qsTr("Checking subtitles") }
     }
     Hairline { visible: page.model.foot !== "" && page.ready; width: parent.width; height: 1 }
     Words {

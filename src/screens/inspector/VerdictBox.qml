@@ -24,6 +24,7 @@ Rectangle {
         spacing: Theme.s2
 
         Row {
+            width: lines.width
             spacing: Theme.s2
             StateSymbol {
                 state: box.model.state
@@ -50,7 +51,7 @@ Rectangle {
                 Rectangle {
                     id: point
                     visible: box.model.reasons.length > 1
-                    x: 7
+                    anchors { left: parent.left; leftMargin: 7 }
                     y: Math.round(Theme.body * 0.6)
                     width: 4
                     height: 4
@@ -60,8 +61,7 @@ Rectangle {
                 Words {
                     id: words
                     objectName: "reason" + reason.index
-                    x: Theme.px(18) + Theme.s2
-                    width: lines.width - x
+                    anchors { left: parent.left; right: parent.right; leftMargin: Theme.px(18) + Theme.s2 }
                     text: reason.modelData
                     wrapMode: Text.Wrap
                 }
@@ -70,7 +70,7 @@ Rectangle {
         PushButton {
             objectName: "confirm"
             visible: box.model.canConfirm
-            x: Theme.px(18) + Theme.s2
+            anchors { left: parent.left; leftMargin: Theme.px(18) + Theme.s2 }
             text: qsTr("Yes, this is right")
             glyph: "check"
             primary: true
@@ -78,7 +78,8 @@ Rectangle {
         }
         Column {
             visible: box.model.loading
-            width: parent.width
+            x: Theme.px(18) + Theme.s2
+            width: parent.width - x
             spacing: 6
             Words {
                 objectName: "fetchingDetails"
@@ -93,7 +94,8 @@ Rectangle {
         }
         Flow {
             visible: box.model.failed
-            width: parent.width
+            x: Theme.px(18) + Theme.s2
+            width: parent.width - x
             spacing: Theme.s2
             Words {
                 objectName: "detailsFailed"

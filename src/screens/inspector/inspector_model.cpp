@@ -80,7 +80,7 @@ InspectorModel::Shown InspectorModel::headOf(const Inspected& now) const {
     shown.loading = std::as_const(model_).drafts().isLoading(file.file.url);
     shown.hasDraft = now.draft != nullptr;
     shown.failed = file.match && !now.draft && !shown.loading;
-    if (now.item->files.size() > 1)
+    if (now.item->season || now.item->files.size() > 1)
         shown.episode = static_cast<int>(now.file - now.item->files.data());
     if (file.match) {
         showMatch(file, shown);
@@ -111,7 +111,7 @@ void InspectorModel::showMatch(const ResolvedFile& file, Shown& shown) const {
 
 std::vector<EpisodeRow> InspectorModel::episodesOf(const Inspected& now) const {
     std::vector<EpisodeRow> rows;
-    if (!now.item || now.item->files.size() < 2) return rows;
+    if (!now.item || (!now.item->season && now.item->files.size() < 2)) return rows;
     for (const ResolvedFile& file : now.item->files) rows.push_back(episodeOf(file));
     return rows;
 }

@@ -7,6 +7,7 @@ Rectangle {
 
     property string text
     property color tone: Theme.quiet
+    property bool silent: false  ///< its row says it
 
     visible: text !== ""
     implicitWidth: words.implicitWidth + 2 * Theme.s2
@@ -19,6 +20,7 @@ Rectangle {
         text: badge.text
         kind: Words.Small
         color: badge.tone
+        Accessible.ignored: badge.silent
         width: Math.min(implicitWidth, badge.width - 2 * Theme.s2)
     }
 }

@@ -33,8 +33,11 @@ Column {
         Accessible.name: choice.label
         background: FieldFrame { focused: box.visualFocus }
         contentItem: Words {
-            leftPadding: Theme.s2
+            readonly property int arrow: Theme.px(16) + 2 * Theme.s2
+            leftPadding: box.mirrored ? arrow : Theme.s2
+            rightPadding: box.mirrored ? Theme.s2 : arrow
             text: box.displayText
+            Accessible.ignored: true
             verticalAlignment: Text.AlignVCenter
             color: box.enabled ? Theme.ink : Theme.disabled
         }
@@ -53,9 +56,12 @@ Column {
 
             width: box.width - 2
             implicitHeight: Theme.control
+            text: choice.textRole !== "" ? entry.modelData[choice.textRole] : entry.modelData
             highlighted: box.highlightedIndex === index
+            Accessible.name: text
             contentItem: Words {
-                text: choice.textRole !== "" ? entry.modelData[choice.textRole] : entry.modelData
+                text: entry.text
+                Accessible.ignored: true
                 verticalAlignment: Text.AlignVCenter
             }
             background: Rectangle { color: entry.highlighted ? Theme.selected : "transparent"; radius: 4 }
@@ -63,7 +69,7 @@ Column {
         popup: Popup {
             y: box.height + 2
             width: box.width
-            implicitHeight: Math.min(list.contentHeight + 2, 360)
+            implicitHeight: Math.min(list.contentHeight + 2, Theme.px(360))
             padding: 1
             contentItem: ListView {
                 id: list

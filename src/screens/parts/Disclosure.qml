@@ -13,9 +13,10 @@ Column {
     spacing: Theme.s1
 
     Row {
+        width: disclosure.width
         spacing: 2
         Glyph {
-            name: disclosure.open ? "chevronDown" : disclosure.LayoutMirroring.enabled ? "chevronLeft" : "chevronRight"
+            name: disclosure.open ? "chevronDown" : "chevronRight"
             size: Theme.px(14)
             color: Theme.accent
             anchors.verticalCenter: parent.verticalCenter

@@ -11,13 +11,17 @@ Item {
     property string linkText
     signal linked()
 
+    /// Words come before the drawing.
+    readonly property bool small: height < Theme.px(230)
+
     Column {
-        width: Math.min(parent.width - 2 * Theme.s6, 420)
+        width: Math.min(parent.width - 2 * Theme.s6, Theme.px(420))
         anchors.horizontalCenter: parent.horizontalCenter
         y: Math.max(Theme.s6, parent.height * 0.4 - height / 2)
         spacing: Theme.s2
 
         Rectangle {
+            visible: !empty.small
             width: Theme.px(88)
             height: width
             radius: width / 2
@@ -25,7 +29,7 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             Glyph { anchors.centerIn: parent; name: empty.drawing; size: Theme.px(40); color: Theme.accent }
         }
-        Item { width: 1; height: Theme.s2 }
+        Item { visible: !empty.small; width: 1; height: Theme.s2 }
         Words {
             width: parent.width
             text: empty.title
@@ -45,6 +49,7 @@ Item {
             objectName: "emptyLink"
             visible: text !== ""
             text: empty.linkText
+            width: Math.min(implicitWidth, parent.width)
             anchors.horizontalCenter: parent.horizontalCenter
             onClicked: empty.linked()
         }

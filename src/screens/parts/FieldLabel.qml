@@ -9,8 +9,14 @@ Row {
     property bool mark: false
     property string oldValue
 
+    width: parent ? parent.width : implicitWidth
     spacing: 6
-    Words { text: row.text; kind: Words.Small }
+    Words {
+        text: row.text
+        kind: Words.Small
+        width: Math.min(implicitWidth, row.width - (row.mark ? 12 : 0))
+        Accessible.ignored: true  // the field has it as its name
+    }
     Rectangle {
         visible: row.mark
         width: 6

@@ -13,7 +13,7 @@ ToolTip {
         kind: Words.Small
         color: Theme.ink
         wrapMode: Text.Wrap
-        width: Math.min(implicitWidth, 320)
+        width: Math.min(implicitWidth, Theme.px(320))
     }
     background: Rectangle {
         color: Theme.raised

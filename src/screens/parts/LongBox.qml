@@ -40,6 +40,7 @@ Column {
             rightPadding: Theme.s2
             topPadding: 7
             bottomPadding: 7
+            horizontalAlignment: TextEdit.AlignLeft
             placeholderText: box.prompt
             placeholderTextColor: Theme.disabled
             color: enabled ? Theme.ink : Theme.disabled

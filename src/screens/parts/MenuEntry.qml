@@ -14,7 +14,7 @@ MenuItem {
     rightPadding: Theme.s3
     font.family: Theme.family
     font.pixelSize: Theme.body
-    Accessible.name: text
+    Accessible.name: keys === "" ? text : text + ", " + keys
     contentItem: Item {
         implicitWidth: symbol.width + Theme.s2 + words.implicitWidth + (entry.keys !== "" ? Theme.s6 + hint.implicitWidth : 0)
         Glyph {
@@ -22,12 +22,13 @@ MenuItem {
             name: entry.glyph
             size: Theme.px(16)
             color: entry.enabled ? Theme.quiet : Theme.disabled
-            anchors.verticalCenter: parent.verticalCenter
+            anchors { left: parent.left; verticalCenter: parent.verticalCenter }
         }
         Words {
             id: words
             anchors { left: symbol.right; leftMargin: Theme.s2; verticalCenter: parent.verticalCenter }
             text: entry.text
+            Accessible.ignored: true
             color: entry.enabled ? Theme.ink : Theme.disabled
         }
         Words {
@@ -36,6 +37,7 @@ MenuItem {
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             text: entry.keys
             kind: Words.Small
+            Accessible.ignored: true
         }
     }
     background: Rectangle { radius: 5; color: entry.highlighted ? Theme.selected : "transparent" }

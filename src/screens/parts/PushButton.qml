@@ -26,22 +26,31 @@ Button {
     Keys.onReturnPressed: if (enabled) clicked()
     Keys.onEnterPressed: if (enabled) clicked()
 
-    contentItem: Row {
-        spacing: 6
-        leftPadding: Math.max(0, (button.availableWidth - implicitWidth) / 2)
-        Glyph {
-            visible: button.glyph !== ""
-            name: button.glyph
-            color: button.tone
-            size: Theme.px(16)
-            anchors.verticalCenter: parent.verticalCenter
-        }
-        Text {
-            text: button.text
-            textFormat: Text.PlainText
-            font: button.font
-            color: button.tone
-            anchors.verticalCenter: parent.verticalCenter
+    contentItem: Item {
+        implicitWidth: words.implicitWidth + (symbol.visible ? symbol.width + row.spacing : 0)
+        implicitHeight: words.implicitHeight
+        Row {
+            id: row
+            anchors.centerIn: parent
+            spacing: 6
+            Glyph {
+                id: symbol
+                visible: button.glyph !== ""
+                name: button.glyph
+                color: button.tone
+                size: Theme.px(16)
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                id: words
+                width: Math.min(implicitWidth, button.availableWidth - (symbol.visible ? symbol.width + row.spacing : 0))
+                text: button.text
+                textFormat: Text.PlainText
+                elide: Text.ElideRight
+                font: button.font
+                color: button.tone
+                anchors.verticalCenter: parent.verticalCenter
+            }
         }
     }
     background: Rectangle {

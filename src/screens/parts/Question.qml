@@ -25,7 +25,7 @@ Popup {
 
     parent: T.Overlay.overlay
     anchors.centerIn: parent
-    width: Math.min(440, (parent ? parent.width : 440) - 2 * Theme.s6)
+    width: Math.min(Theme.px(440), (parent ? parent.width : 440) - 2 * Theme.s6)
     modal: true
     focus: true
     padding: Theme.s6
@@ -42,12 +42,42 @@ Popup {
     }
     contentItem: Column {
         spacing: Theme.s3
+        Keys.onUpPressed: scroll.contentY = Math.max(0, scroll.contentY - Theme.px(48))
+        Keys.onDownPressed: scroll.contentY = Math.max(0, Math.min(scroll.contentHeight - scroll.height, scroll.contentY + Theme.px(48)))
         Accessible.role: Accessible.AlertMessage
         Accessible.name: question.title + " " + question.message
-        Words { width: parent.width; text: question.title; kind: Words.Heading; wrapMode: Text.Wrap }
-        Words { width: parent.width; text: question.message; wrapMode: Text.Wrap }
+        Words {
+            id: heading
+            width: parent.width
+            text: question.title
+            kind: Words.Heading
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
+        }
+        // In a low window the words scroll and the answers stay.
+        Flickable {
+            id: scroll
+            readonly property bool scrolls: contentHeight > height + 1
+            width: parent.width
+            height: Math.min(contentHeight, Math.max(Theme.px(48), (question.parent ? question.parent.height : 480) - 4 * Theme.s6
+                                                     - heading.height - Theme.control - 3 * Theme.s3))
+            contentHeight: words.height
+            clip: true
+            interactive: scrolls
+            boundsBehavior: Flickable.StopAtBounds
+            ScrollBar.vertical: ScrollHandle {}
+            Words {
+                id: words
+                width: scroll.width - Theme.s3
+                x: Theme.mirrored ? Theme.s3 : 0
+                text: question.message
+                wrapMode: Text.Wrap
+                Accessible.ignored: true
+            }
+        }
         Item { width: 1; height: Theme.s1 }
         Row {
+            id: answers
             anchors.right: parent.right
             spacing: Theme.s2
             PushButton {

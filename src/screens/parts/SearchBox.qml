@@ -9,10 +9,13 @@ TextField {
     property string prompt
     signal edited(string value)
 
-    implicitWidth: 200
+    implicitWidth: Theme.px(200)
     implicitHeight: Theme.control
-    leftPadding: Theme.px(30)
-    rightPadding: clear.visible ? Theme.px(28) : Theme.s2
+    readonly property int before: Theme.px(30)
+    readonly property int after: clear.visible ? Theme.px(28) : Theme.s2
+    leftPadding: Theme.mirrored ? after : before
+    rightPadding: Theme.mirrored ? before : after
+    horizontalAlignment: TextInput.AlignLeft
     topPadding: 0
     bottomPadding: 0
     verticalAlignment: TextInput.AlignVCenter

@@ -11,8 +11,8 @@ Popup {
     property string title
     property alias footer: foot.data
     default property alias body: content.data
-    property int mostWidth: 720
-    property int mostHeight: 560
+    property int mostWidth: Math.max(720, Theme.px(720))
+    property int mostHeight: Math.max(560, Theme.px(560))
 
     parent: T.Overlay.overlay
     anchors.centerIn: parent
@@ -62,7 +62,6 @@ Popup {
             id: foot
             anchors { right: parent.right; bottom: parent.bottom; margins: Theme.s4 }
             spacing: Theme.s2
-            layoutDirection: Qt.LeftToRight
         }
     }
 }

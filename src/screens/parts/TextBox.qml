@@ -37,6 +37,7 @@ Column {
         rightPadding: Theme.s2
         topPadding: 0
         bottomPadding: 0
+        horizontalAlignment: TextInput.AlignLeft
         verticalAlignment: TextInput.AlignVCenter
         placeholderText: box.prompt
         placeholderTextColor: Theme.disabled

@@ -8,6 +8,8 @@ QtObject {
     id: theme
 
     readonly property bool dark: App.desktop.dark
+    /// Rows begin at the right, as the language is read.
+    readonly property bool mirrored: App.desktop.mirrored
 
     readonly property color window: dark ? "#1C1D1F" : "#F6F6F4"
     readonly property color card: dark ? "#242628" : "#FFFFFF"

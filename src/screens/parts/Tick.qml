@@ -40,6 +40,7 @@ CheckBox {
         Words {
             width: tick.availableWidth - parent.leftPadding - parent.rightPadding
             text: tick.text
+            Accessible.ignored: true
             wrapMode: Text.Wrap
             color: tick.enabled ? Theme.ink : Theme.disabled
         }
@@ -47,6 +48,7 @@ CheckBox {
             visible: tick.note !== ""
             width: tick.availableWidth - parent.leftPadding - parent.rightPadding
             text: tick.note
+            Accessible.ignored: true
             kind: Words.Small
             wrapMode: Text.Wrap
         }

@@ -39,6 +39,7 @@ Switch {
         leftPadding: toggle.mirrored ? 0 : toggle.indicator.width + toggle.spacing
         rightPadding: toggle.mirrored ? toggle.indicator.width + toggle.spacing : 0
         text: toggle.text
+        Accessible.ignored: true
         wrapMode: Text.Wrap
         color: toggle.enabled ? Theme.ink : Theme.disabled
         verticalAlignment: Text.AlignVCenter

@@ -2,6 +2,7 @@ import QtQuick
 import Marlet
 
 /// Text in one of the program's few sizes; always plain, elided when it doesn't fit.
+/// It begins where rows begin, whichever way it is read itself.
 Text {
     id: words
 
@@ -10,6 +11,7 @@ Text {
 
     textFormat: Text.PlainText
     elide: Text.ElideRight
+    horizontalAlignment: Text.AlignLeft
     color: kind === Words.Quiet || kind === Words.Small ? Theme.quiet : Theme.ink
     font.family: Theme.family
     font.pixelSize: kind === Words.Small ? Theme.small

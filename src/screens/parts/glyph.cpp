@@ -1,5 +1,6 @@
 #include "screens/parts/glyph.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 
 #include "screens/parts/glyph_paths.h"
@@ -16,6 +17,7 @@ constexpr qreal stroke = 1.75;  // of the field
 Glyph::Glyph(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setSize(16);
     setAntialiasing(true);
+    connect(qGuiApp, &QGuiApplication::layoutDirectionChanged, this, [this] { update(); });
 }
 
 void Glyph::setName(const QString& name) {
@@ -44,6 +46,10 @@ void Glyph::paint(QPainter* painter) {
     painter->setRenderHint(QPainter::Antialiasing);
     painter->translate((width() - side) / 2, (height() - side) / 2);
     painter->scale(side / field, side / field);
+    if (QGuiApplication::isRightToLeft() && GlyphPaths::pointsOnward(name_)) {
+        painter->translate(field, 0);
+        painter->scale(-1, 1);
+    }
     painter->setPen(QPen(color_, stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter->drawPath(GlyphPaths::find(name_));
 }

@@ -7,7 +7,8 @@
 namespace marlet {
 
 /// A drawn symbol in one colour, sharp at every size: strokes on a field of 24 by 24. It says
-/// nothing to a screen reader; whoever shows it has the word beside it or a name of its own.
+/// nothing to a screen reader; whoever shows it has the word beside it or a name of its own. Where
+/// rows begin at the right, a symbol that points along them is drawn the other way round.
 class Glyph : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

@@ -1,6 +1,7 @@
 #include "screens/parts/glyph_paths.h"
 
 #include <QHash>
+#include <algorithm>
 #include <array>
 
 namespace marlet::GlyphPaths {
@@ -122,7 +123,17 @@ const QHash<QString, QPainterPath>& all() {
     return paths;
 }
 
+/// Those that point along a row, or show rows themselves. A triangle that plays points along time,
+/// which runs the same way everywhere.
+constexpr std::array onward = {"chevronLeft", "chevronRight", "undo",    "external",
+                               "queue",       "review",       "sidebar", "subtitle"};
+
 }  // namespace
+
+bool pointsOnward(const QString& name) {
+    return std::ranges::any_of(onward,
+                               [&](const char* each) { return name == QLatin1String(each); });
+}
 
 QPainterPath find(const QString& name) {
     return all().value(name);

@@ -121,7 +121,8 @@ FocusScope {
             }
             TextBox {
                 objectName: "handDate"
-                Layout.preferredWidth: Theme.px(280)
+                Layout.fillWidth: true
+                Layout.maximumWidth: Theme.px(280)
                 label: qsTr("Release date (yyyy-mm-dd, optional)")
                 text: page.form.date
                 onEdited: value => page.form.date = value

@@ -33,13 +33,19 @@ Sheet {
         kind: Words.Quiet
     }
 
-    RowLayout {
+    GridLayout {
         id: tabs
+        readonly property bool tight: places.implicitWidth + kinds.implicitWidth + columnSpacing > width
         anchors { left: parent.left; right: parent.right; top: file.bottom; topMargin: Theme.s3 }
         visible: !sheet.byHand
         height: visible ? implicitHeight : 0
-        spacing: Theme.s3
+        columns: tight ? 1 : 3
+        columnSpacing: Theme.s3
+        rowSpacing: Theme.s2
         Segments {
+            id: places
+            Layout.fillWidth: true
+            Layout.maximumWidth: implicitWidth
             objectName: "pickerTabs"
             visible: model.length > 1
             label: qsTr("Where to look")
@@ -47,8 +53,11 @@ Sheet {
             current: App.picker.tab
             onChosen: index => App.picker.setTab(index)
         }
-        Item { Layout.fillWidth: true }
+        Item { visible: !tabs.tight; Layout.fillWidth: true }
         Segments {
+            id: kinds
+            Layout.fillWidth: true
+            Layout.maximumWidth: implicitWidth
             objectName: "pickerKind"
             label: qsTr("What it is")
             model: [qsTr("Movie"), qsTr("TV show")]
@@ -81,36 +90,52 @@ Sheet {
         HandPage { form: App.picker.hand }
     }
 
-    footer: RowLayout {
+    footer: GridLayout {
+        id: foot
+        readonly property bool tight: (sheet.byHand ? 0 : link.implicitWidth) + answers.implicitWidth + Theme.px(120) > width
         width: sheet.width - 2 * Theme.s4
-        spacing: Theme.s2
-        LinkButton {
-            objectName: "notListed"
-            visible: !sheet.byHand
-            text: qsTr("Not listed? Tag it by hand…")
-            onClicked: App.picker.tagByHand()
+        columns: tight ? 1 : 2
+        columnSpacing: Theme.s2
+        rowSpacing: Theme.s2
+        RowLayout {
+            visible: !foot.tight || !sheet.byHand
+            spacing: Theme.s2
+            LinkButton {
+                id: link
+                objectName: "notListed"
+                visible: !sheet.byHand
+                text: qsTr("Not listed? Tag it by hand…")
+                onClicked: App.picker.tagByHand()
+            }
+            Words {
+                objectName: "pickerFoot"
+                Layout.fillWidth: true
+                text: sheet.byHand ? "" : sheet.pane.foot
+                wrapMode: Text.Wrap
+                maximumLineCount: 3
+                kind: Words.Small
+                horizontalAlignment: Text.AlignRight
+            }
         }
-        Words {
-            objectName: "pickerFoot"
-            Layout.fillWidth: true
-            text: sheet.byHand ? "" : sheet.pane.foot
-            kind: Words.Small
-            horizontalAlignment: Text.AlignRight
-        }
-        PushButton {
-            objectName: "pickerCancel"
-            text: sheet.byHand ? qsTr("Back") : qsTr("Cancel")
-            onClicked: sheet.byHand ? App.picker.back() : App.picker.close()
-        }
-        PushButton {
-            objectName: "pickerUse"
-            readonly property bool opensShow: sheet.pane.tv && !sheet.pane.show.open
-            primary: true
-            text: sheet.byHand ? qsTr("Tag by Hand") : opensShow ? qsTr("Show Episodes") : qsTr("Use This")
-            enabled: sheet.byHand ? App.picker.hand.canTag
-                   : sheet.pane.show.open ? sheet.pane.show.canUse : sheet.pane.canUse
-            onClicked: sheet.byHand ? App.picker.hand.tag()
-                     : sheet.pane.show.open ? sheet.pane.show.use() : sheet.pane.use()
+        RowLayout {
+            id: answers
+            spacing: Theme.s2
+            Layout.alignment: Qt.AlignRight
+            PushButton {
+                objectName: "pickerCancel"
+                text: sheet.byHand ? qsTr("Back") : qsTr("Cancel")
+                onClicked: sheet.byHand ? App.picker.back() : App.picker.close()
+            }
+            PushButton {
+                objectName: "pickerUse"
+                readonly property bool opensShow: sheet.pane.tv && !sheet.pane.show.open
+                primary: true
+                text: sheet.byHand ? qsTr("Tag by Hand") : opensShow ? qsTr("Show Episodes") : qsTr("Use This")
+                enabled: sheet.byHand ? App.picker.hand.canTag
+                       : sheet.pane.show.open ? sheet.pane.show.canUse : sheet.pane.canUse
+                onClicked: sheet.byHand ? App.picker.hand.tag()
+                         : sheet.pane.show.open ? sheet.pane.show.use() : sheet.pane.use()
+            }
         }
     }
 }

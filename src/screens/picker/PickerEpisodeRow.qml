@@ -26,7 +26,10 @@ Item {
     objectName: "pickerEpisode" + index
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
+    Accessible.selectable: true
     Accessible.selected: selected
+    Accessible.focusable: true
+    Accessible.focused: focused
     Accessible.onPressAction: {
         press();
         list.accepted();
@@ -50,14 +53,17 @@ Item {
         width: Math.max(Theme.px(row.number.length > 3 ? 56 : 28), implicitWidth)
         anchors { left: parent.left; leftMargin: Theme.s2; verticalCenter: parent.verticalCenter }
         text: row.number
+        Accessible.ignored: true
         kind: Words.Quiet
         horizontalAlignment: Text.AlignHCenter
     }
     Poster {
         id: picture
-        width: Theme.px(80)
+        // Words come before the picture.
+        visible: row.width > Theme.px(440)
+        width: visible ? Theme.px(80) : 0
         height: Theme.px(45)
-        anchors { left: label.right; leftMargin: Theme.s2; verticalCenter: parent.verticalCenter }
+        anchors { left: label.right; leftMargin: visible ? Theme.s2 : 0; verticalCenter: parent.verticalCenter }
         source: row.still
         kind: "episode"
     }
@@ -67,14 +73,15 @@ Item {
             left: picture.right; right: own.left; leftMargin: Theme.s3; rightMargin: Theme.s2
             verticalCenter: parent.verticalCenter
         }
-        Words { width: parent.width; text: row.title; font.weight: Font.DemiBold }
-        Words { width: parent.width; visible: text !== ""; text: row.facts; kind: Words.Small }
+        Words { width: parent.width; text: row.title; font.weight: Font.DemiBold; Accessible.ignored: true }
+        Words { width: parent.width; visible: text !== ""; text: row.facts; kind: Words.Small; Accessible.ignored: true }
     }
     Words {
         id: own
         width: Math.min(implicitWidth, row.width * 0.4)
         anchors { right: parent.right; rightMargin: Theme.s3; verticalCenter: parent.verticalCenter }
         text: row.file
+        Accessible.ignored: true
         kind: Words.Small
         elide: Text.ElideMiddle
         color: row.list && row.list.whole ? Theme.accent : Theme.quiet

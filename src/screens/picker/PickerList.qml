@@ -26,6 +26,13 @@ ListView {
     onChosenChanged: follow()
     onCountChanged: follow()
     ScrollBar.vertical: ScrollBar {}
+    // Where the keyboard is while no row is chosen.
+    FocusRing {
+        parent: list
+        anchors.fill: parent
+        anchors.margins: 0
+        shown: list.activeFocus && (list.chosen < 0 || list.count === 0)
+    }
 
     function follow() {
         currentIndex = chosen < count ? chosen : -1;

@@ -28,7 +28,10 @@ Item {
     Component.onCompleted: if (list) list.seen(index)
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
+    Accessible.selectable: true
     Accessible.selected: selected
+    Accessible.focusable: true
+    Accessible.focused: focused
     Accessible.onPressAction: {
         press();
         list.accepted();
@@ -65,11 +68,13 @@ Item {
             left: picture.right; right: onward.left; leftMargin: Theme.s3; rightMargin: Theme.s2
             verticalCenter: parent.verticalCenter
         }
-        Words { width: parent.width; text: row.title; kind: Words.RowTitle }
+        Words { width: parent.width; text: row.title; kind: Words.RowTitle; Accessible.ignored: true }
         Row {
+            width: parent.width
             spacing: Theme.s2
             Words {
                 text: row.facts
+                Accessible.ignored: true
                 visible: text !== ""
                 kind: Words.Quiet
                 anchors.verticalCenter: parent.verticalCenter
@@ -79,6 +84,7 @@ Item {
                 visible: row.fits
                 text: qsTr("fits this file's length")
                 tone: Theme.ready
+                silent: true
                 anchors.verticalCenter: parent.verticalCenter
             }
         }
@@ -86,6 +92,7 @@ Item {
             width: parent.width
             visible: text !== ""
             text: row.overview
+            Accessible.ignored: true
             kind: Words.Small
             wrapMode: Text.Wrap
             maximumLineCount: 2
@@ -95,7 +102,7 @@ Item {
         id: onward
         visible: row.show
         width: visible ? size : 0
-        name: row.LayoutMirroring.enabled ? "chevronLeft" : "chevronRight"
+        name: "chevronRight"
         size: Theme.px(18)
         color: Theme.quiet
         anchors { right: parent.right; rightMargin: Theme.s2; verticalCenter: parent.verticalCenter }

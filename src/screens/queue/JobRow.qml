@@ -21,17 +21,30 @@ Item {
     readonly property bool current: ListView.isCurrentItem && ListView.view.activeFocus
     signal menuAsked(real x, real y)
 
+    /// Said at quarters, like all progress.
+    readonly property string far: kind === "running" ? qsTr("%1 %").arg(25 * Math.floor(4 * fraction)) : ""
+
     function toggle() { App.queue.toggle(key); }
     function remove() { if (kind === "waiting") App.queue.remove(key); }
-    function askMenu() { menuAsked(Theme.s6, height - Theme.s2); }
+    function askMenu() { menuAsked(Theme.mirrored ? width - Theme.s6 : Theme.s6, height - Theme.s2); }
+    function take() {
+        ListView.view.currentIndex = index;
+        ListView.view.forceActiveFocus(Qt.MouseFocusReason);
+    }
 
     width: ListView.view.width
     implicitHeight: Math.max(Theme.px(52), texts.implicitHeight + 2 * Theme.s2)
     objectName: "job" + index
     Accessible.role: Accessible.ListItem
-    Accessible.name: spoken
+    Accessible.name: far === "" ? spoken : qsTr("%1, %2").arg(spoken).arg(far)
+    Accessible.selectable: true
+    Accessible.selected: current
     Accessible.focusable: true
     Accessible.focused: current
+    Accessible.onPressAction: {
+        take();
+        toggle();
+    }
 
     RowFrame {
         anchors.fill: parent
@@ -43,10 +56,7 @@ Item {
     }
     HoverHandler { id: over }
     TapHandler {
-        onTapped: {
-            row.ListView.view.currentIndex = row.index;
-            row.ListView.view.forceActiveFocus(Qt.MouseFocusReason);
-        }
+        onTapped: row.take()
     }
     TapHandler {
         acceptedButtons: Qt.RightButton
@@ -69,6 +79,7 @@ Item {
             objectName: "jobLabel"
             width: parent.width
             text: row.label
+            Accessible.ignored: true
             font.weight: Font.DemiBold
         }
         // One line where there is room for both.
@@ -80,6 +91,7 @@ Item {
                 objectName: "jobHappened"
                 width: row.damaged ? parent.width : Math.min(Math.ceil(implicitWidth), parent.width)
                 text: row.happened
+                Accessible.ignored: true
                 color: row.kind === "failed" ? Theme.failed : Theme.ink
                 font.weight: row.damaged ? Font.DemiBold : Font.Normal
                 wrapMode: Text.Wrap
@@ -88,6 +100,7 @@ Item {
                 objectName: "jobNext"
                 width: Math.min(Math.ceil(implicitWidth), parent.width)
                 text: row.next
+                Accessible.ignored: true
                 kind: row.damaged ? Words.Body : Words.Quiet
                 wrapMode: Text.Wrap
             }
@@ -97,6 +110,7 @@ Item {
             visible: text !== "" && row.kind !== "cancelled"
             width: parent.width
             text: row.second
+            Accessible.ignored: true
             kind: Words.Small
         }
         ProgressLine {
@@ -108,7 +122,8 @@ Item {
             value: row.fraction
         }
         Disclosure {
-            visible: row.technical !== ""
+            // Rows of what went well stay low: a symbol at their end opens them.
+            visible: row.technical !== "" && (row.kind !== "done" || row.open)
             width: parent.width
             text: qsTr("Technical details")
             content: row.technical
@@ -121,7 +136,7 @@ Item {
 
         readonly property bool removable: row.kind === "waiting" && App.queue.stage === "waiting"
 
-        width: removable ? away.width : words.implicitWidth
+        width: removable ? away.width : words.implicitWidth + (more.visible ? more.width + Theme.s1 : 0)
         height: Theme.control
         anchors { right: parent.right; rightMargin: Theme.s3; top: parent.top; topMargin: (Theme.px(52) - height) / 2 }
         IconButton {
@@ -131,16 +146,29 @@ Item {
             glyph: "cross"
             tone: Theme.quiet
             help: qsTr("Remove from the queue")
+            Accessible.name: qsTr("Remove %1 from the queue").arg(row.label)
             focusPolicy: Qt.NoFocus
             onClicked: row.remove()
+        }
+        IconButton {
+            id: more
+            objectName: "jobMore"
+            visible: row.kind === "done" && row.technical !== "" && !row.open
+            anchors { right: words.left; rightMargin: Theme.s1 }
+            glyph: "chevronRight"
+            tone: Theme.quiet
+            help: qsTr("Technical details")
+            focusPolicy: Qt.NoFocus
+            onClicked: row.toggle()
         }
         Words {
             id: words
             objectName: "jobWord"
             visible: !side.removable
-            anchors.verticalCenter: parent.verticalCenter
+            anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             text: row.kind === "running" ? qsTr("%1 %").arg(Math.floor(100 * row.fraction)) : row.word
             kind: Words.Small
+            Accessible.ignored: true
             color: row.kind === "failed" ? Theme.failed : row.kind === "done" ? Theme.ready : Theme.quiet
         }
     }

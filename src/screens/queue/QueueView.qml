@@ -90,6 +90,10 @@ FocusScope {
             event.accepted = true;
         }
     }
+    FocusRing {
+        anchors.fill: list
+        shown: list.activeFocus && !list.currentItem
+    }
     ContextMenu {
         id: menu
 

@@ -8,11 +8,11 @@ Item {
 
     readonly property QueueModel queue: App.queue
     readonly property string stage: queue.stage
-    readonly property bool narrow: width < 640
+    readonly property bool narrow: width < Theme.px(640)
 
     implicitHeight: grid.implicitHeight + 2 * Theme.s3
     Accessible.role: Accessible.Pane
-    Accessible.name: queue.title + ", " + queue.detail
+    Accessible.name: qsTr("Run")
 
     GridLayout {
         id: grid
@@ -33,23 +33,23 @@ Item {
             }
             ColumnLayout {
                 spacing: 2
-                RowLayout {
+                Row {
                     spacing: Theme.s2
+                    Layout.fillWidth: true
                     Words {
                         objectName: "runTitle"
+                        width: Math.min(Math.ceil(implicitWidth), parent.width - (paused.visible ? paused.width + Theme.s2 : 0))
                         text: head.queue.title
                         kind: Words.Heading
-                        Layout.fillWidth: true
-                        Layout.maximumWidth: Math.ceil(implicitWidth)
                         Accessible.role: Accessible.Heading
                     }
                     Badge {
+                        id: paused
                         objectName: "runPaused"
                         visible: head.queue.paused
                         text: qsTr("Paused")
                         tone: Theme.look
                     }
-                    Item { Layout.fillWidth: true }
                 }
                 Words {
                     objectName: "runDetail"
@@ -61,16 +61,29 @@ Item {
                 }
             }
         }
-        Row {
+        Flow {
+            id: buttons
+
+            /// All in one line.
+            readonly property real wish: of(removeAll) + of(start) + of(pauseOrResume) + of(cancel) + of(retryFailed)
+                                         + of(showAll) + of(clearResults) - spacing
+
+            function of(button: PushButton): real {
+                return button.visible ? button.implicitWidth + spacing : 0;
+            }
+
             spacing: Theme.s2
+            Layout.preferredWidth: Math.min(wish, grid.width)
             Layout.alignment: head.narrow ? Qt.AlignLeft : Qt.AlignRight | Qt.AlignVCenter
             PushButton {
+                id: removeAll
                 objectName: "removeAll"
                 visible: head.stage === "waiting"
                 text: qsTr("Remove All")
                 onClicked: head.queue.removeAll()
             }
             PushButton {
+                id: start
                 objectName: "start"
                 visible: head.stage === "waiting"
                 text: qsTr("Start")
@@ -80,6 +93,7 @@ Item {
                 onClicked: head.queue.start()
             }
             PushButton {
+                id: pauseOrResume
                 objectName: "pauseOrResume"
                 visible: head.stage === "running"
                 enabled: !head.queue.locked && !head.queue.cancelling
@@ -88,6 +102,7 @@ Item {
                 onClicked: head.queue.paused ? head.queue.resume() : head.queue.pause()
             }
             PushButton {
+                id: cancel
                 objectName: "cancel"
                 visible: head.stage === "running"
                 enabled: !head.queue.locked && !head.queue.cancelling
@@ -96,6 +111,7 @@ Item {
                 onClicked: head.queue.cancel()
             }
             PushButton {
+                id: retryFailed
                 objectName: "retryFailed"
                 visible: head.stage === "finished" && head.queue.canRetry
                 text: qsTr("Retry Failed")
@@ -103,12 +119,14 @@ Item {
                 onClicked: head.queue.retryFailed()
             }
             PushButton {
+                id: showAll
                 objectName: "showAll"
                 visible: head.stage === "finished" && head.queue.canShow
                 text: qsTr("Show All in Folder")
                 onClicked: App.desktop.showInFolder(head.queue.outputs())
             }
             PushButton {
+                id: clearResults
                 objectName: "clearResults"
                 visible: head.stage === "finished"
                 text: qsTr("Clear Results")
@@ -144,7 +162,7 @@ Item {
                           : head.queue.now
                     kind: Words.Small
                     color: head.queue.locked ? Theme.look : Theme.quiet
-                    wrapMode: head.queue.locked && head.narrow ? Text.Wrap : Text.NoWrap
+                    wrapMode: head.queue.locked ? Text.Wrap : Text.NoWrap
                     Layout.fillWidth: true
                 }
             }

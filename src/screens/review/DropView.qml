@@ -29,7 +29,7 @@ FocusScope {
     }
     Column {
         visible: scan.visible
-        width: 240
+        width: Math.min(Theme.px(240), parent.width - 2 * Theme.s6)
         spacing: Theme.s4
         anchors { horizontalCenter: parent.horizontalCenter }
         y: Math.max(Theme.s6, scan.height * 0.4) + Theme.px(104)

@@ -95,7 +95,7 @@ Item {
         readonly property bool shown: text !== "" && row.width > 3 * implicitWidth
         text: row.badge
         visible: shown
-        Accessible.ignored: true
+        silent: true
         anchors { right: parent.right; rightMargin: Theme.s3; verticalCenter: parent.verticalCenter }
     }
     MouseArea {

@@ -6,7 +6,7 @@ Item {
     id: bar
 
     /// Where the words leave no room for the buttons beside them, they stand above them.
-    readonly property bool tight: buttons.width + Theme.px(120) + 2 * Theme.s4 + Theme.s3 > width
+    readonly property bool tight: buttons.wish + Theme.px(120) + 2 * Theme.s4 + Theme.s3 > width
 
     implicitHeight: buttons.height + 2 * Theme.s3 + (tight && told.height > 0 ? told.height + Theme.s2 : 0)
 
@@ -20,7 +20,7 @@ Item {
     }
     Column {
         id: told
-        x: bar.LayoutMirroring.enabled ? bar.width - width - Theme.s4 : Theme.s4
+        x: Theme.mirrored ? bar.width - width - Theme.s4 : Theme.s4
         y: bar.tight ? Theme.s3 : (bar.height - height) / 2
         width: bar.width - 2 * Theme.s4 - (bar.tight ? 0 : buttons.width + Theme.s3)
         Row {
@@ -50,11 +50,18 @@ Item {
             width: parent.width
         }
     }
-    Row {
+    Flow {
         id: buttons
+
+        /// All in one line.
+        readonly property real wish: add.implicitWidth + spacing + addAll.implicitWidth
+                                    + (accept.visible ? accept.implicitWidth + spacing : 0)
+
+        width: Math.min(wish, bar.width - 2 * Theme.s4)
         spacing: Theme.s2
         anchors { right: parent.right; rightMargin: Theme.s4; bottom: parent.bottom; bottomMargin: Theme.s3 }
         PushButton {
+            id: accept
             objectName: "acceptThese"
             visible: App.review.canAccept
             text: App.review.acceptText
@@ -62,12 +69,14 @@ Item {
             onClicked: App.review.acceptSelected()
         }
         PushButton {
+            id: add
             objectName: "addToQueue"
             text: qsTr("Add to Queue")
             enabled: App.review.canAdd
             onClicked: App.review.addSelected()
         }
         PushButton {
+            id: addAll
             objectName: "addAllToQueue"
             text: qsTr("Add All to Queue")
             primary: true

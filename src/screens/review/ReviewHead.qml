@@ -20,9 +20,9 @@ FocusScope {
     }
 
     /// Beside the filter there is no room for a search.
-    readonly property bool tight: filter.width + found.width + Theme.px(140) + 4 * Theme.s4 > width
+    readonly property bool tight: filter.implicitWidth + found.width + Theme.px(140) + 4 * Theme.s4 > width
 
-    implicitHeight: (tight ? 2 * Theme.control + Theme.s2 : Theme.control) + Theme.s3
+    implicitHeight: (tight ? Theme.control + Theme.s2 + filter.height : Theme.control) + Theme.s3
 
     SearchBox {
         id: search
@@ -33,7 +33,7 @@ FocusScope {
         Keys.onEnterPressed: head.doneSearching()
         Keys.onDownPressed: head.doneSearching()
         width: head.tight ? head.width - 2 * Theme.s4
-             : Math.min(Theme.px(360), head.width - filter.width - found.width - 4 * Theme.s4)
+             : Math.min(Theme.px(360), head.width - filter.implicitWidth - found.width - 4 * Theme.s4)
         anchors { left: parent.left; leftMargin: Theme.s4; top: parent.top }
     }
     Segments {
@@ -43,6 +43,7 @@ FocusScope {
         model: [qsTr("All"), qsTr("Need a look"), qsTr("Ready")]
         current: App.review.filter
         onChosen: index => App.review.setFilter(index)
+        width: Math.min(implicitWidth, head.width - 2 * Theme.s4 - (found.text === "" ? 0 : found.width + Theme.s3))
         anchors {
             right: found.left; rightMargin: found.text === "" ? 0 : Theme.s3
             top: parent.top; topMargin: head.tight ? Theme.control + Theme.s2 : 0

@@ -20,7 +20,7 @@ FocusScope {
         function onMenuAsked(row) {
             list.positionViewAtIndex(row, ListView.Contain);
             const item = list.itemAtIndex(row);
-            menu.popup(item, Theme.s6, item.height - Theme.s2);
+            menu.popup(item, Theme.mirrored ? item.width - Theme.s6 : Theme.s6, item.height - Theme.s2);
         }
     }
 
@@ -85,6 +85,7 @@ FocusScope {
                 id: line
 
                 width: ListView.view.width - Theme.s3
+                x: Theme.mirrored ? Theme.s3 : 0
                 current: ListView.isCurrentItem && ListView.view.activeFocus
                 onPicked: modifiers => {
                     list.forceActiveFocus(Qt.MouseFocusReason);
@@ -97,6 +98,10 @@ FocusScope {
                     menu.popup(line, x, y);
                 }
             }
+        }
+        FocusRing {
+            anchors.fill: list
+            shown: list.activeFocus && !list.currentItem
         }
         EmptyState {
             objectName: "nothingHere"

@@ -28,6 +28,7 @@ Sheet {
             height: Math.max(mark.height, names.height)
             Rectangle {
                 id: mark
+                anchors.left: parent.left
                 width: Theme.px(64)
                 height: width
                 radius: Theme.s3
@@ -43,9 +44,9 @@ Sheet {
                 id: names
                 anchors { left: mark.right; leftMargin: Theme.s4; right: parent.right; verticalCenter: parent.verticalCenter }
                 spacing: 2
-                Words { objectName: "aboutName"; text: "Marlet"; kind: Words.PageTitle }
-                Words { objectName: "aboutVersion"; text: sheet.model.versionLine }
-                Words { objectName: "aboutBuilt"; text: sheet.model.builtLine; kind: Words.Quiet }
+                Words { objectName: "aboutName"; width: parent.width; text: "Marlet"; kind: Words.PageTitle }
+                Words { objectName: "aboutVersion"; width: parent.width; wrapMode: Text.Wrap; text: sheet.model.versionLine }
+                Words { objectName: "aboutBuilt"; width: parent.width; wrapMode: Text.Wrap; text: sheet.model.builtLine; kind: Words.Quiet }
             }
         }
         SettingsSection {
@@ -58,6 +59,7 @@ Sheet {
                     anchors { left: parent.left; right: parent.right; top: parent.top; margins: Theme.s3 }
                     spacing: Theme.s2
                     Words {
+                        width: parent.width
                         text: "TMDB"
                         kind: Words.RowTitle
                         color: Theme.accent

@@ -31,13 +31,15 @@ Item {
         Row {
             width: parent.width
             spacing: 6
-            Words { text: line.key; font.weight: Font.Medium }
-            Words { objectName: "creditVersion"; text: line.version; kind: Words.Quiet }
+            Words { text: line.key; font.weight: Font.Medium; Accessible.ignored: true }
+            Words { objectName: "creditVersion"; text: line.version; kind: Words.Quiet; Accessible.ignored: true }
         }
         Words {
             width: parent.width
             text: qsTr("%1 · %2").arg(line.use).arg(line.license)
             kind: Words.Small
+            wrapMode: Text.Wrap
+            Accessible.ignored: true
         }
     }
     LinkButton {

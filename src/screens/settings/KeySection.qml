@@ -48,6 +48,7 @@ SettingsSection {
         TextBox {
             id: box
             objectName: "keyField"
+            anchors.left: parent.left
             width: parent.width - keep.width - Theme.s2
             label: qsTr("Your key")
             labelShown: false

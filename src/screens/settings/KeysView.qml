@@ -57,7 +57,8 @@ Sheet {
 
             objectName: "key" + index
             width: ListView.view ? ListView.view.width - Theme.s3 : 0
-            height: Theme.px(30)
+            x: Theme.mirrored ? Theme.s3 : 0
+            height: Math.max(Theme.px(30), does.implicitHeight + Theme.s1)
             Accessible.role: Accessible.ListItem
             Accessible.name: spoken
 
@@ -81,11 +82,15 @@ Sheet {
                             text: parent.modelData
                             kind: Words.Small
                             color: Theme.ink
+                            Accessible.ignored: true
                         }
                     }
                 }
             }
             Words {
+                id: does
+                wrapMode: Text.Wrap
+                Accessible.ignored: true
                 anchors { left: caps.right; right: parent.right; verticalCenter: parent.verticalCenter }
                 text: row.does
             }

@@ -44,6 +44,7 @@ Flickable {
         id: column
         // The handle lies beside the text, not on it.
         width: page.width - Theme.s3
+        x: Theme.mirrored ? Theme.s3 : 0
         spacing: Theme.s4
         bottomPadding: Theme.s4
     }

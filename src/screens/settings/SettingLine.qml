@@ -1,7 +1,8 @@
 import QtQuick
 import Marlet
 
-/// One setting: its words at the left, its control at the right.
+/// One setting: its words, and at the end of the line its control; below the words where there is no
+/// room beside them.
 Item {
     id: line
 
@@ -12,7 +13,10 @@ Item {
     default property alias control: place.data
 
     width: parent ? parent.width : 0
-    implicitHeight: Math.max(Theme.control, words.height) + 2 * Theme.s2
+    readonly property bool stacked: wideControl ? width < Theme.px(420)
+        : width - place.childrenRect.width - 3 * Theme.s3 < Math.min(Math.ceil(name.implicitWidth), Theme.px(120))
+    implicitHeight: stacked ? words.height + place.height + 3 * Theme.s2
+                            : Math.max(Theme.control, words.height) + 2 * Theme.s2
 
     Hairline {
         visible: !line.first
@@ -20,10 +24,13 @@ Item {
     }
     Column {
         id: words
-        anchors { left: parent.left; leftMargin: Theme.s3; verticalCenter: parent.verticalCenter }
-        width: line.wideControl ? Theme.px(168) : line.width - place.width - 3 * Theme.s3
+        anchors { left: parent.left; leftMargin: Theme.s3 }
+        y: line.stacked ? Theme.s2 : (line.height - height) / 2
+        width: line.stacked ? line.width - 2 * Theme.s3
+             : line.wideControl ? Theme.px(168) : line.width - place.width - 3 * Theme.s3
         spacing: 1
         Words {
+            id: name
             width: parent.width
             text: line.text
             wrapMode: Text.Wrap
@@ -40,8 +47,11 @@ Item {
     }
     Item {
         id: place
-        anchors { right: parent.right; rightMargin: Theme.s3; verticalCenter: parent.verticalCenter }
-        width: line.wideControl ? line.width - words.width - 3 * Theme.s3 : childrenRect.width
+        // One after the other, where one stands below the other.
+        x: line.stacked !== Theme.mirrored ? Theme.s3 : line.width - width - Theme.s3
+        y: line.stacked ? words.y + words.height + Theme.s2 : (line.height - height) / 2
+        width: !line.wideControl ? childrenRect.width
+             : line.stacked ? line.width - 2 * Theme.s3 : line.width - words.width - 3 * Theme.s3
         height: childrenRect.height
     }
 }

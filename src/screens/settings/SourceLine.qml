@@ -37,6 +37,11 @@ Item {
     z: dragged ? 2 : 0
     Accessible.role: Accessible.ListItem
     Accessible.name: spoken
+    Accessible.selectable: true
+    Accessible.selected: ListView.isCurrentItem
+    Accessible.focusable: true
+    Accessible.focused: ListView.isCurrentItem && list.activeFocus
+    Accessible.onPressAction: flip()
 
     Rectangle {
         id: face
@@ -113,6 +118,7 @@ Item {
         Words {
             anchors { left: number.right; leftMargin: Theme.s3; right: state.left; rightMargin: Theme.s3; verticalCenter: parent.verticalCenter }
             text: row.title
+            Accessible.ignored: true
             color: row.on ? Theme.ink : Theme.quiet
         }
         Item {
@@ -126,6 +132,7 @@ Item {
                 visible: !row.switchable
                 anchors.verticalCenter: parent.verticalCenter
                 text: qsTr("Always on")
+                Accessible.ignored: true
                 kind: Words.Small
             }
             Toggle {
