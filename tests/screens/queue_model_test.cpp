@@ -239,8 +239,9 @@ TEST_F(QueueScreen, AllDoneSaysSoAndExplainsNothing) {
     EXPECT_FALSE(queue->canRetry());
     EXPECT_TRUE(queue->canShow());
     EXPECT_EQ(queue->outputs(), QList<QUrl>{QUrl("file:///films/a.mp4")});
-    EXPECT_EQ(text(0, "second"), "Details written · Sound layout 3.21 s → 0.50 s");
-    EXPECT_EQ(text(0, "happened") + text(0, "next") + text(0, "technical"), "");
+    EXPECT_EQ(text(0, "second"), "details and cover art · Details written");
+    EXPECT_EQ(text(0, "happened") + text(0, "next"), "");
+    EXPECT_EQ(text(0, "technical"), "Details written\nSound layout 3.21 s → 0.50 s");
 }
 
 TEST_F(QueueScreen, AFinishedRunWithOneFailureAndThreeDoneTellsBoth) {
@@ -289,8 +290,8 @@ TEST_F(QueueScreen, AFailureSaysWhatHappenedWhatNextAndItsRawMessage) {
     untilFinished();
     EXPECT_EQ(text(0, "happened"), "There isn't enough free space.");
     EXPECT_EQ(text(0, "next"), "Free up some space, then press Retry.");
-    EXPECT_EQ(text(0, "technical"), "Not enough free space: need 2 GB");
-    EXPECT_EQ(text(0, "second"), "details and cover art · Sound layout 2.50 s");
+    EXPECT_EQ(text(0, "technical"), "Not enough free space: need 2 GB\nSound layout 2.50 s");
+    EXPECT_EQ(text(0, "second"), "details and cover art");
     EXPECT_FALSE(cell(0, "damaged").toBool());
     EXPECT_FALSE(cell(0, "open").toBool());
     queue->toggle("job of a.mp4");

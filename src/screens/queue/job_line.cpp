@@ -50,19 +50,17 @@ QString joined(QStringList pieces, const char* between) {
 }
 
 void tellOutcome(JobLine& line, const WriteQueue::Job& job, const WriteOutcome& outcome) {
-    const QString summary = toQt(job.summary);
+    const QString message = toQt(outcome.message);
+    line.technical = joined({message, layoutOf(outcome)}, "\n");
     // Of a job that went well there is nothing to explain, nor is its original as it was.
     if (job.state == State::done) {
-        const QString message = toQt(outcome.message);
-        line.second = joined({message.isEmpty() ? summary : message, layoutOf(outcome)}, " · ");
+        line.second = joined({line.second, message}, " · ");
         return;
     }
     const PlainText::Explanation words = PlainText::explain(outcome.message);
-    line.second = joined({summary, layoutOf(outcome)}, " · ");
     line.damaged = mayBeDamaged(job);
-    line.happened = toQt(line.damaged ? outcome.message : words.happened);
+    line.happened = line.damaged ? message : toQt(words.happened);
     line.next = toQt(words.next);
-    line.technical = toQt(outcome.message);
 }
 
 }  // namespace
@@ -94,14 +92,14 @@ JobLine JobLine::of(const WriteQueue::Job& job) {
     line.label = toQt(job.label);
     line.kind = toQt(name(job.state));
     line.word = wordOf(job.state);
-    const QString summary = toQt(job.summary);
+    line.second = toQt(job.summary);
     if (job.outcome) {
         tellOutcome(line, job, *job.outcome);
     } else if (job.state == State::running) {
-        line.second = joined({summary, toQt(job.step)}, " · ");
+        line.second = joined({line.second, toQt(job.step)}, " · ");
         line.fraction = job.fraction;
     } else {
-        line.second = joined({summary, toQt(job.request.file.filename())}, " · ");
+        line.second = joined({line.second, toQt(job.request.file.filename())}, " · ");
     }
     line.spoken = joined({line.label, line.word, line.happened, line.next, line.second}, ", ");
     return line;

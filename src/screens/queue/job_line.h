@@ -28,7 +28,7 @@ public:
     QString key;
     QString label;
     /// The job's summary, and what else there is to say quietly: the file of a waiting one, the
-    /// step of a running one, the message of one that went well, the sound layout.
+    /// step of a running one, the message of one that went well.
     QString second;
     QString kind;   ///< "waiting", "running", "done", "failed", "skipped", "cancelled"
     QString word;   ///< the state for people
@@ -36,7 +36,7 @@ public:
     double fraction = 0;
     QString happened;      ///< of one that ended otherwise than well
     QString next;          ///< and what to do
-    QString technical;     ///< and the message as the writer gave it
+    QString technical;     ///< the message as the writer gave it, the sound layout under it
     bool damaged = false;  ///< the person's file may not be as it was
     bool open = false;     ///< shows the technical message
     QString spoken;        ///< the row in one sentence

@@ -134,8 +134,7 @@ QueueModel::Head QueueModel::headNow() const {
         head.paused = queue.paused();
         head.cancelling = cancelAsked_;
         head.title = cancelAsked_ ? tr("Cancelling…") : RunWords::running(queue);
-        const auto count = queue.jobs().size();
-        head.detail = count == 1 ? tr("%1 file").arg(count) : tr("%1 files").arg(count);
+        head.detail = tr("%1 files").arg(queue.jobs().size());
         const auto running =
             std::ranges::find(queue.jobs(), State::running, &WriteQueue::Job::state);
         if (running != queue.jobs().end())

@@ -163,7 +163,7 @@ TestCase {
         tryCompare(button, "text", "Resume");
         verify(part("runPaused").visible);
         compare(part("runPaused").text, "Paused");
-        compare(part("runDetail").text, "1 file");
+        compare(part("runDetail").text, "1 files");
         click(button);
         tryCompare(button, "text", "Pause");
         verify(!part("runPaused").visible);
@@ -244,11 +244,12 @@ TestCase {
         run(["a.mp4"], [{ status: "failed", message: "Not enough free space: need 2 GB", before: 2.5 }]);
         const details = inRow(0, "disclosed");
         compare(inRow(0, "disclosure").text, "Technical details");
-        compare(inRow(0, "jobSecond").text, "details and cover art · Sound layout 2.50 s");
+        compare(inRow(0, "jobSecond").text, "details and cover art");
+        verify(!inRow(0, "jobMore").visible);
         verify(!details.visible);
         click(inRow(0, "disclosure"));
         tryVerify(() => details.visible);
-        compare(details.text, "Not enough free space: need 2 GB");
+        compare(details.text, "Not enough free space: need 2 GB\nSound layout 2.50 s");
         list().forceActiveFocus();
         list().currentIndex = 0;
         keyClick(Qt.Key_Return);
@@ -257,8 +258,17 @@ TestCase {
 
     function test_the_sound_layout_is_told_before_and_after() {
         run(["a.mp4"], [{ status: "done", message: "Details written", before: 3.214, after: 0.5 }]);
-        compare(inRow(0, "jobSecond").text, "Details written · Sound layout 3.21 s → 0.50 s");
-        verify(!inRow(0, "disclosure").visible);
+        compare(inRow(0, "jobSecond").text, "details and cover art · Details written");
+        verify(!inRow(0, "disclosure").visible, "a row of what went well stays low");
+        const low = row(0).height;
+        compare(inRow(0, "jobMore").help, "Technical details");
+        click(inRow(0, "jobMore"));
+        tryVerify(() => inRow(0, "disclosed").visible);
+        compare(inRow(0, "disclosed").text, "Details written\nSound layout 3.21 s → 0.50 s");
+        verify(!inRow(0, "jobMore").visible);
+        tryVerify(() => row(0).height > low);
+        click(inRow(0, "disclosure"));
+        tryVerify(() => !inRow(0, "disclosed").visible);
     }
 
     function test_a_file_that_may_be_damaged_shows_the_raw_sentence_first_data() {
