@@ -229,6 +229,23 @@ TEST_F(InspectorScreen, ArtworkTellsItsShapesAndWhatIsChosen) {
     EXPECT_EQ(artwork->line(), QStringLiteral("No images in the database for this one."));
 }
 
+TEST_F(InspectorScreen, ArtworkThatCouldNotBeLoadedIsNotCalledAbsent) {
+    const auto url = file("x.mp4");
+    place({resolved(url, film())});
+    const InspectorArtwork& artwork = *inspector->artwork();
+    EXPECT_EQ(artwork.line(), QStringLiteral("The artwork couldn't be loaded."));
+    EXPECT_TRUE(artwork.hasFailed());
+    draftFor(url, filmDraft());
+    EXPECT_EQ(artwork.line(), QString());
+    EXPECT_FALSE(artwork.hasFailed());
+}
+
+TEST_F(InspectorScreen, WithoutAMatchNobodyAskedForArtwork) {
+    place({resolved(file("y.mp4"), {}, Verdict::needsLook({"Nothing found"}))});
+    EXPECT_EQ(inspector->artwork()->line(), QStringLiteral("Not matched yet"));
+    EXPECT_FALSE(inspector->artwork()->hasFailed());
+}
+
 TEST_F(InspectorScreen, ApplesArtworkSaysSo) {
     const auto url = file("x.mp4");
     place({resolved(url, film())});

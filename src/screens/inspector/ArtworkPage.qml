@@ -7,6 +7,7 @@ Column {
 
     required property InspectorArtwork model
     signal reached(Item cell)
+    signal againAsked()
 
     spacing: Theme.s3
 
@@ -35,7 +36,15 @@ Column {
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
         topPadding: Theme.s6
-        bottomPadding: Theme.s6
+        bottomPadding: again.visible ? 0 : Theme.s6
+    }
+    LinkButton {
+        id: again
+        objectName: "artworkAgain"
+        visible: page.model.failed
+        anchors.horizontalCenter: parent.horizontalCenter
+        text: qsTr("Try again")
+        onClicked: page.againAsked()
     }
     ArtworkGrid {
         // Each cell has its gap at its end.

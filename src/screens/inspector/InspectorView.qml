@@ -99,7 +99,14 @@ FocusScope {
 
     Component { id: detailsPage; DetailsPage { model: view.model } }
     Component { id: tracksPage; TracksPage { model: view.model.tracks } }
-    Component { id: artworkPage; ArtworkPage { model: view.model.artwork; onReached: cell => view.reveal(cell) } }
+    Component {
+        id: artworkPage
+        ArtworkPage {
+            model: view.model.artwork
+            onReached: cell => view.reveal(cell)
+            onAgainAsked: view.model.loadAgain()
+        }
+    }
 
     CompareSheet {
         id: compare

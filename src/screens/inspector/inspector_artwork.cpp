@@ -43,8 +43,12 @@ void InspectorArtwork::refresh(const Inspected& now) {
         if (rows.empty()) shown.line = tr("No images in the database for this one.");
     } else if (now.file && std::as_const(model_).drafts().isLoading(file_)) {
         shown.line = tr("Fetching artwork…");
+    } else if (now.file && now.file->match) {
+        // Nobody knows what the database has.
+        shown.failed = true;
+        shown.line = tr("The artwork couldn't be loaded.");
     } else if (now.file) {
-        shown.line = tr("No images in the database for this one.");
+        shown.line = tr("Not matched yet");
     }
     options_.set(std::move(rows));
     if (shown_ != shown) {

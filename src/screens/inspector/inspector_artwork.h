@@ -36,6 +36,7 @@ class InspectorArtwork : public QObject {
     QML_UNCREATABLE("App.inspector has it")
     Q_PROPERTY(QAbstractItemModel* options READ options CONSTANT)
     Q_PROPERTY(QString line READ line NOTIFY changed)  ///< in place of the grid
+    Q_PROPERTY(bool failed READ hasFailed NOTIFY changed)  ///< nothing could be asked
     Q_PROPERTY(bool fromApple READ fromApple NOTIFY changed)
     Q_PROPERTY(bool wide READ isWide NOTIFY changed)
     Q_PROPERTY(QStringList shapes READ shapes NOTIFY changed)
@@ -55,6 +56,7 @@ public:
 
     RowListBase* options() { return &options_; }
     QString line() const { return shown_.line; }
+    bool hasFailed() const { return shown_.failed; }
     bool fromApple() const { return shown_.fromApple; }
     bool isWide() const { return shown_.wide; }
     QStringList shapes() const { return shown_.shapes; }
@@ -70,6 +72,7 @@ private:
     struct Shown {
         QString line;
         QStringList shapes;
+        bool failed = false;
         bool fromApple = false;
         bool wide = false;
         bool canShare = false;

@@ -247,6 +247,17 @@ TestCase {
         compare(part("fetchingDetails").text, "Fetching details…");
     }
 
+    function test_artwork_that_could_not_be_loaded_can_be_asked_for_again() {
+        placeFilm();
+        Stage.inspect("Charade (1963).m4v");
+        App.inspector.page = 2;
+        tryCompare(part("artworkLine"), "text", "The artwork couldn't be loaded.");
+        compare(part("artworkAgain").text, "Try again");
+        mouseClick(part("artworkAgain"));
+        tryCompare(part("artworkLine"), "text", "Fetching artwork…");
+        verify(!part("artworkAgain").visible);
+    }
+
     function test_tracks_of_an_mp4() {
         placeFilm();
         draftFilm();
