@@ -348,6 +348,12 @@ TEST(CreditsTest, ReadsVersionAndCommitOutOfWhatAToolSays) {
     EXPECT_EQ(Credits::toldIn("ffmpeg version 5.1.9-0+deb12u1 Copyright (c)", "ffmpeg version "),
               (Told{"5.1.9", ""}));
     EXPECT_EQ(Credits::toldIn("ffmpeg version 7.1", "ffmpeg version "), (Told{"7.1", ""}));
+    EXPECT_EQ(Credits::toldIn("ffmpeg version n7.1", "ffmpeg version "), (Told{"7.1", ""}));
+    EXPECT_EQ(Credits::toldIn("ffmpeg version N-113007-g8d24a28d06-20231205 Copyright (c)",
+                              "ffmpeg version "),
+              (Told{"N-113007", "8d24a28d06"}));
+    EXPECT_EQ(Credits::toldIn("ffmpeg version 8.0-git ", "ffmpeg version "), (Told{"8.0", ""}))
+        << "no commit";
     EXPECT_EQ(Credits::toldIn("no such option", "ffmpeg version "), Told{});
     EXPECT_EQ(Credits::toldIn("", ""), Told{});
 }

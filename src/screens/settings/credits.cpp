@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/run_control.h"
+#include "foundation/text.h"
 #include "foundation/tool_runner.h"
 #include "identify/asking.h"
 #include "screens/base/qt_text.h"
@@ -21,6 +22,8 @@ struct Credit {
     const char* use;
     const char* license;
     const char* source;  ///< "%1" stands for the version, or for the commit
+    /// The same for a commit, where another place has those.
+    const char* commits = nullptr;
 };
 
 // The versions are what the build was made with; a program that Marlet runs is asked.
@@ -28,7 +31,7 @@ constexpr Credit credits[] = {
     {"GPAC (MP4Box and gpac)", nullptr, WORDS("Builds and reads MP4 files"), "LGPL-2.1-or-later",
      "https://github.com/gpac/gpac/tree/%1"},
     {"FFmpeg", nullptr, WORDS("Decodes and encodes sound"), "LGPL-2.1-or-later, GPL-2.0-or-later",
-     "https://ffmpeg.org/releases/ffmpeg-%1.tar.xz"},
+     "https://ffmpeg.org/releases/ffmpeg-%1.tar.xz", "https://github.com/FFmpeg/FFmpeg/tree/%1"},
     {"Qt", QT_VERSION_STR, WORDS("Windows, network and events"), "LGPL-3.0-only",
      "https://download.qt.io/archive/qt/6.4/%1/"},
     {"ICU", MARLET_ICU_VERSION, WORDS("Text of all languages"), "Unicode-DFS-2016",
@@ -58,6 +61,10 @@ constexpr Credit credits[] = {
 constexpr const char* gpac = credits[0].name;
 constexpr const char* ffmpeg = credits[1].name;
 
+bool isDigit(char letter) {
+    return letter >= '0' && letter <= '9';
+}
+
 std::string said(const std::filesystem::path& tool, const std::string& option) {
     RunControl control;
     try {
@@ -67,13 +74,22 @@ std::string said(const std::filesystem::path& tool, const std::string& option) {
     }
 }
 
-/// The place of that version, or of all versions while it isn't known.
-QString sourceOf(const Credit& credit, const QString& version) {
-    const QString source = QString::fromLatin1(credit.source);
+/// An address with the version or commit in its gap; without either the place of all of them.
+QString filled(const char* address, const QString& version) {
+    const QString source = QString::fromLatin1(address);
     const qsizetype gap = source.indexOf(QLatin1String("%1"));
     if (gap < 0) return source;
     return version.isEmpty() ? source.left(source.lastIndexOf(QLatin1Char('/'), gap) + 1)
                              : source.arg(version);
+}
+
+/// Where the source of exactly that is.
+QString sourceOf(const Credit& credit, const std::string& version, const std::string& commit) {
+    if (!commit.empty())
+        return filled(credit.commits != nullptr ? credit.commits : credit.source, toQt(commit));
+    // A build between two versions names the first by a letter.
+    const bool isRelease = !version.empty() && isDigit(version.front());
+    return filled(credit.source, isRelease ? toQt(version) : QString());
 }
 
 }  // namespace
@@ -103,12 +119,10 @@ void Credits::show(const Versions& tools) {
                 told->second.version.empty() ? tr("not installed") : toQt(told->second.version);
         row.use = tr(credit.use);
         row.license = QString::fromLatin1(credit.license);
-        const bool hasCommit = told != tools.end() && !told->second.commit.empty();
-        const bool isKnown =
-            credit.version != nullptr || (told != tools.end() && !told->second.version.empty());
-        row.source = sourceOf(credit, hasCommit ? toQt(told->second.commit)
-                                      : isKnown ? row.version
-                                                : QString());
+        row.source = credit.version != nullptr ? sourceOf(credit, credit.version, {})
+                     : told != tools.end()
+                         ? sourceOf(credit, told->second.version, told->second.commit)
+                         : sourceOf(credit, {}, {});
         row.spoken =
             QStringList{row.key, row.version, row.use, row.license}.join(QStringLiteral(", "));
         rows.push_back(row);
@@ -120,11 +134,18 @@ Credits::Told Credits::toldIn(const std::string& text, const std::string& before
     const std::size_t found = text.find(before);
     if (found == std::string::npos) return {};
     const std::size_t first = found + before.size();
-    const std::string word = text.substr(first, text.find_first_of(" \t\r\n", first) - first);
-    Told told{.version = word.substr(0, word.find('-')), .commit = {}};
+    std::string word = text.substr(first, text.find_first_of(" \t\r\n", first) - first);
+    // Some systems keep the letter of the tag: "n7.1".
+    if (word.size() > 1 && word[0] == 'n' && isDigit(word[1])) word.erase(0, 1);
+    // FFmpeg counts its changes since it began: "N-113007-g8d24a28d06-20231205".
+    Told told{.version = word.substr(0, word.find('-', Text::startsWith(word, "N-") ? 2 : 0)),
+              .commit = {}};
     const std::size_t commit = word.find("-g");
-    if (commit != std::string::npos)
-        told.commit = word.substr(commit + 2, word.find('-', commit + 2) - commit - 2);
+    if (commit == std::string::npos) return told;
+    const std::string digits = word.substr(commit + 2, word.find('-', commit + 2) - commit - 2);
+    const bool isCommit = digits.size() >= 7 && digits.find_first_not_of("0123456789abcdef") ==
+                                                    std::string::npos;
+    if (isCommit) told.commit = digits;
     return told;
 }
 

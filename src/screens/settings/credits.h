@@ -56,7 +56,8 @@ public:
         bool operator==(const Told&) const = default;
     };
     /// What a tool says about itself behind these words: 26.07 and 0a1b of "26.07-rev0-g0a1b-HEAD
-    /// ...", 5.1.9 of "5.1.9-0+deb12u1 Copyright ...". Empty where it says none.
+    /// ...", 5.1.9 of "5.1.9-0+deb12u1 Copyright ...", N-113007 and 8d24a28d06 of
+    /// "N-113007-g8d24a28d06-20231205 ...". Empty where it says none.
     static Told toldIn(const std::string& text, const std::string& before);
 
 private:
