@@ -117,7 +117,7 @@ double ReviewModel::scanFraction() const {
 }
 
 QString ReviewModel::found() const {
-    return filter_.isOn() ? tr("%L1 of %L2").arg(shown_.found).arg(shown_.all) : QString();
+    return filter_.isOn() ? tr("%1 of %2").arg(shown_.found).arg(shown_.all) : QString();
 }
 
 QString ReviewModel::needsChecking() const {
@@ -127,7 +127,7 @@ QString ReviewModel::needsChecking() const {
 }
 
 QString ReviewModel::selection() const {
-    return shown_.selected > 1 ? tr("%L1 selected").arg(shown_.selected) : QString();
+    return shown_.selected > 1 ? tr("%1 selected").arg(shown_.selected) : QString();
 }
 
 QString ReviewModel::acceptText() const {

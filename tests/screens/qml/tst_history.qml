@@ -220,16 +220,16 @@ TestCase {
     function test_narrow_windows_keep_every_command() {
         tests.width = 720;
         fill();
-        verify(part("clearHistoryIcon").visible && part("exportIcon").visible);
+        verify(part("clearHistoryIcon").visible && part("exportButton").visible);
         const view = findChild(root, "historyView");
-        for (const name of ["historyFilter", "historySearch", "clearHistoryIcon", "exportIcon"]) {
+        for (const name of ["historyFilter", "historySearch", "clearHistoryIcon", "exportButton"]) {
             polish(part(name));
             const place = part(name).mapToItem(view, 0, 0);
             verify(place.x >= 0 && place.x + part(name).width <= view.width, name);
         }
         const search = part("historySearch"), icon = part("clearHistoryIcon");
         verify(search.mapToItem(view, 0, 0).x + search.width <= icon.mapToItem(view, 0, 0).x);
-        compare(part("exportIcon").help, "Export History as CSV");
+        compare(part("exportButton").help, "Export History as CSV");
         tests.width = 1180;
     }
 }
