@@ -3,6 +3,8 @@
 #include <QBuffer>
 #include <QColor>
 #include <QImage>
+#include <QPainter>
+#include <map>
 #include <utility>
 
 #include "screens/base/qt_text.h"
@@ -16,9 +18,26 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// A poster of that colour, as somebody may have made it at home: an evening, a moon, a road.
 CoverImage coverOf(const QString& colour) {
     QImage image(300, 450, QImage::Format_RGB32);
-    image.fill(QColor(colour));
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const QColor tone(colour);
+    QLinearGradient sky(0, 0, 0, 320);
+    sky.setColorAt(0, tone.darker(230));
+    sky.setColorAt(1, tone.lighter(140));
+    painter.fillRect(image.rect(), sky);
+    painter.setBrush(QColor(255, 240, 214));
+    painter.drawEllipse(QPoint(206, 112), 34, 34);
+    painter.setBrush(tone.darker(170));
+    painter.drawEllipse(QPoint(60, 450), 260, 150);
+    painter.setBrush(tone.darker(240));
+    painter.drawEllipse(QPoint(270, 480), 250, 150);
+    painter.setBrush(QColor(255, 240, 214, 160));
+    painter.drawPolygon(QPolygon({{148, 450}, {176, 450}, {172, 356}, {168, 356}}));
+    painter.end();
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
@@ -32,12 +51,36 @@ QStringList listOf(const std::vector<std::string>& texts) {
     return list;
 }
 
+/// Much time in few bytes: a picture every ten seconds, and ten seconds over and over. Made once,
+/// since pictures ask for the same films again and again.
+void makeLongMovie(const std::filesystem::path& file, RealMovie movie, int minutes) {
+    static const TempFolder shelf;
+    static std::map<std::string, std::filesystem::path> made;
+    std::string key = file.extension().string() + std::to_string(minutes);
+    for (const auto& [name, value] : movie.tags) key += "|" + name + "=" + value;
+    for (const std::string& language : movie.soundLanguages) key += "|" + language;
+    auto& film = made[key];
+    if (film.empty()) {
+        const std::string name = std::to_string(made.size()) + file.extension().string();
+        const auto piece = shelf / ("piece of " + name);
+        movie.seconds = 10;
+        movie.extraArguments = {"-r", "0.1"};
+        makeMovie(piece, movie);
+        ffmpeg({"-stream_loop", "-1", "-i", piece.string(), "-map", "0", "-map_metadata", "0", "-c",
+                "copy", "-t", std::to_string(60 * minutes), (shelf / name).string()});
+        film = shelf / name;
+    }
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::copy_file(film, file, std::filesystem::copy_options::overwrite_existing);
+}
+
 }  // namespace
 
 void Stage::film(const QString& name, const QVariantMap& tags) {
-    RealMovie movie{.seconds = 1};
+    const int minutes = tags.value(QStringLiteral("minutes")).toInt();
+    RealMovie movie{.seconds = 1, .soundTracks = minutes > 0 ? 0 : 1};
     for (auto [key, value] : tags.asKeyValueRange()) {
-        if (key == QLatin1String("cover")) continue;
+        if (key == QLatin1String("cover") || key == QLatin1String("minutes")) continue;
         if (key == QLatin1String("sounds")) {
             for (const QString& language : value.toStringList())
                 movie.soundLanguages.push_back(fromQt(language));
@@ -47,7 +90,10 @@ void Stage::film(const QString& name, const QVariantMap& tags) {
         }
     }
     const auto file = path(fromQt(name));
-    makeMovie(file, movie);
+    if (minutes > 0)
+        makeLongMovie(file, movie, minutes);
+    else
+        makeMovie(file, movie);
     if (!tags.contains(QStringLiteral("cover"))) return;
     std::vector<Atom> atoms = IlstEditor::currentIlst(file);
     atoms.push_back(IlstEditor::covers({coverOf(tags.value(QStringLiteral("cover")).toString())}));
@@ -75,9 +121,13 @@ void Stage::inspect(const QString& name) {
 }
 
 void Stage::untilQuiet() {
-    // What is read for the inspector has no sign of its own at the model.
-    for (int turn = 0; turn < 40; turn++) Async::wait(Async::sleep(5ms));
-    while (std::as_const(*model_).drafts().anyLoading()) Async::wait(Async::sleep(5ms));
+    // What is read for the inspector has no sign of its own at the model: a worker reads it, and
+    // an answer of a worker may lead to the next. A staged plan may keep one busy for good.
+    for (int quiet = 0; quiet < 3; quiet++) {
+        if (!Async::settle(200ms)) quiet = 2;
+        Async::wait(Async::sleep(1ms));
+        if (std::as_const(*model_).drafts().anyLoading()) quiet = -1;
+    }
     settle();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QQmlContext>
+#include <deque>
 
 #include "foundation/preferences.h"
 #include "foundation/run_mode.h"
@@ -54,6 +55,7 @@ Match matchOf(const QVariantMap& map) {
     // Episodes of one show are one show.
     const auto show = text(map, "show");
     match.tmdbID = show ? static_cast<std::int64_t>(qHash(toQt(*show)) % 100000 + 1) : ++lastID;
+    if (const auto id = number(map, "id")) match.tmdbID = *id;
     match.title = show ? *show : text(map, "title").value_or("");
     match.year = number(map, "year");
     match.season = number(map, "season");
@@ -153,13 +155,25 @@ void Stage::make() {
     Preferences::install(std::make_unique<MemoryPreferences>());
     Preferences::current().setBoolean("sourceOn.appleTV", false);
     worker_ = std::make_shared<StagedWorker>();
+    model_ = std::make_unique<AppModel>(parts());
+    if (!gate_) {
+        gate_ = std::make_unique<QuitGate>();
+        // Nothing else is cleared up at such an end.
+        gate_->onEnd = [this] {
+            std::error_code none;
+            std::filesystem::remove_all(library_.path(), none);
+            std::filesystem::remove_all(home_.path(), none);
+        };
+    }
+    screens_ = std::make_unique<Screens>(*model_, *gate_);
+}
+
+AppModel::Parts Stage::parts() {
     AppModel::Parts parts;
     parts.worker = StagedWorker::of(worker_);
     parts.planBuilder = StagedPlans::of(plans_);
     parts.history = &history_;
-    model_ = std::make_unique<AppModel>(parts);
-    if (!gate_) gate_ = std::make_unique<QuitGate>();
-    screens_ = std::make_unique<Screens>(*model_, *gate_);
+    return parts;
 }
 
 void Stage::qmlEngineAvailable(QQmlEngine* engine) {
@@ -193,6 +207,7 @@ void Stage::clear() {
     for (const ResolvedFile& file : model_->allFiles()) files.push_back(file.file.url);
     model_->removeFromReview(files);
     history_.clear();
+    model_->discardUnfinished();
     model_->notice.reset();
     model_->tab = AppModel::Tab::review;
     model_->reviewID.reset();
@@ -263,6 +278,46 @@ void Stage::draft(const QString& name, const QVariantMap& fields) {
     settle();
 }
 
+void Stage::leaveUnfinished(const QStringList& queued, const QStringList& corrected) {
+    {
+        AppModel earlier(parts());
+        Async::wait(earlier.openUnfinished());
+        std::vector<ResolvedFile> files;
+        // Of the sample catalogue: their details are asked for when they come back.
+        std::deque<int> ids = {196301, 201001, 194501, 196801, 192201};
+        for (const QString& name : queued + corrected) {
+            const int id = ids.front();
+            ids.pop_front();
+            ids.push_back(id);
+            const QVariantMap map{
+                {QStringLiteral("id"), id},
+                {QStringLiteral("title"), toQt(std::filesystem::path(fromQt(name)).stem())},
+                {QStringLiteral("reasons"), QStringList{QStringLiteral("The length differs")}}};
+            makeFile(name);
+            files.push_back(resolvedOf(map, path(fromQt(name))));
+            // It is recognised by its size.
+            files.back().file.size =
+                static_cast<std::int64_t>(std::filesystem::file_size(files.back().file.url));
+        }
+        earlier.place(files);
+        for (const ResolvedFile& file : files) earlier.confirm(file.file.url);
+        for (const QString& name : queued) {
+            FileDraft draft;
+            draft.details.title = fromQt(name);
+            draft.original = draft.details;
+            earlier.drafts().put(path(fromQt(name)), draft);
+        }
+        std::vector<LibraryItem> items;
+        for (const LibraryItem& item : earlier.items())
+            if (queued.contains(toQt(item.files.front().file.url.filename()))) items.push_back(item);
+        if (!items.empty()) Async::wait(earlier.addToQueueNow(items));
+        earlier.keepUnfinished();
+    }
+    Async::settle(20s);
+    Async::wait(model_->openUnfinished());
+    settle();
+}
+
 void Stage::addAndWait(const QStringList& names) {
     std::vector<AppModel::Path> urls;
     for (const QString& name : names) urls.push_back(path(fromQt(name)));
@@ -320,6 +375,8 @@ void Stage::endJobWith(const QVariantMap& told) {
     if (const auto after = told.find(QStringLiteral("after")); after != told.end())
         outcome.after = after->toDouble();
     if (const auto output = text(told, "output")) outcome.output = path(*output);
+    const WriteQueue& queue = model_->queue();
+    const std::string id = queue.current() == nullptr ? "" : queue.current()->id;
     worker_->end(std::move(outcome));
     // Until its record is in History, and the next job runs or the run has ended.
     while (queue.active() && (queue.current() == nullptr || queue.current()->id == id))
@@ -365,8 +422,6 @@ void Stage::setSetting(const QString& key, const QVariant& value) {
 
 QVariant Stage::setting(const QString& key) const {
     const Preferences& preferences = Preferences::current();
-    const WriteQueue& queue = model_->queue();
-    const std::string id = queue.current() == nullptr ? "" : queue.current()->id;
     if (const auto on = preferences.boolean(fromQt(key))) return *on;
     if (const auto words = preferences.text(fromQt(key))) return toQt(*words);
     return {};

@@ -55,7 +55,8 @@ public:
     /// "tall" as lists of picture paths.
     Q_INVOKABLE void draft(const QString& name, const QVariantMap& fields);
     /// Makes a placed file a real film, by FFmpeg. FFmpeg's names of tags, and: "sounds" and
-    /// "subtitles" (lists of languages), "cover" (the name of a colour).
+    /// "subtitles" (lists of languages), "cover" (the name of a colour), "minutes" (a second
+    /// otherwise; then without sound unless "sounds" tell some).
     Q_INVOKABLE void film(const QString& name, const QVariantMap& tags);
     /// What becomes of a placed MKV: "rich", "refused", or "checking", whose second look goes on
     /// until the stage is cleared.
@@ -72,6 +73,9 @@ public:
     /// The address of a picture of one colour that was made for this.
     Q_INVOKABLE QString madePicture() const;
     Q_INVOKABLE bool exists(const QString& name) const;
+    /// What an earlier run of the program left: files that waited for its queue, and others that
+    /// a person had corrected. It is offered then.
+    Q_INVOKABLE void leaveUnfinished(const QStringList& queued, const QStringList& corrected);
     /// Jobs that wait, by name; each keeps running once started until endJob.
     Q_INVOKABLE void queueJobs(const QStringList& names);
     Q_INVOKABLE void reportStep(const QString& step, double fraction);
@@ -115,6 +119,7 @@ public Q_SLOTS:
 
 private:
     void make();
+    AppModel::Parts parts();
     const ResolvedFile* find(const QString& name) const;
 
     OwnHome home_;
