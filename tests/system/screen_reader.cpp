@@ -118,6 +118,11 @@ QDBusMessage ScreenReader::ask(const Place& place, const char* interface, const 
     return answer.type() == QDBusMessage::ReplyMessage ? answer : QDBusMessage();
 }
 
+std::string ScreenReader::told(const Place& place, const char* property) const {
+    return textIn(ask(place, "org.freedesktop.DBus.Properties", "Get",
+                      {QString::fromLatin1(accessible), QString::fromLatin1(property)}));
+}
+
 std::vector<ScreenReader::Place> ScreenReader::childrenOf(const Place& place) const {
     const QDBusMessage answer = ask(place, accessible, "GetChildren");
     if (answer.arguments().isEmpty()) return {};
@@ -143,8 +148,8 @@ void ScreenReader::walk(const Place& place, int depth, std::vector<Seen>& found)
     seen.depth = depth;
     seen.focused = has(states, focusedBit);
     seen.role = textIn(ask(place, accessible, "GetRoleName"));
-    seen.name = textIn(ask(place, "org.freedesktop.DBus.Properties", "Get",
-                           {QString::fromLatin1(accessible), QStringLiteral("Name")}));
+    seen.name = told(place, "Name");
+    if (seen.name.empty()) seen.name = told(place, "Description");
     takeBox(ask(place, "org.a11y.atspi.Component", "GetExtents", {0U}), seen);
     found.push_back(seen);
     for (const Place& child : childrenOf(place)) walk(child, depth + 1, found);

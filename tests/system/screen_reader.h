@@ -16,8 +16,8 @@ namespace marlet::test {
 /// One thing that a screen reader finds in a window.
 struct Seen {
     std::string role;  ///< as AT-SPI calls it: "push button", "list item", "label", ...
-    std::string name;
-    int x = 0;  ///< on the screen, in points, as what follows
+    std::string name;  ///< where it has none, its description
+    int x = 0;         ///< on the screen, in points, as what follows
     int y = 0;
     int width = 0;
     int height = 0;
@@ -51,6 +51,7 @@ private:
     };
     QDBusMessage ask(const Place& place, const char* interface, const char* method,
                      const QVariantList& arguments = {}) const;
+    std::string told(const Place& place, const char* property) const;
     std::vector<Place> childrenOf(const Place& place) const;
     void walk(const Place& place, int depth, std::vector<Seen>& found) const;
     QString addressOfBus() const;

@@ -32,6 +32,19 @@ bool isRow(const Seen& seen) {
     return seen.role == "list item";
 }
 
+/// What only holds or decorates others has nothing to tell.
+bool needsName(const Seen& seen) {
+    static const std::set<std::string> mute = {"application", "panel",      "filler",
+                                               "label",       "scroll bar", "image"};
+    return !mute.contains(seen.role);
+}
+
+std::string described(const Seen& seen) {
+    return seen.role + " “" + seen.name + "” at " + std::to_string(seen.x) + "," +
+           std::to_string(seen.y) + " " + std::to_string(seen.width) + "x" +
+           std::to_string(seen.height) + (seen.focused ? " focused" : "");
+}
+
 bool isAnything(const Seen&) {
     return true;
 }
@@ -113,6 +126,19 @@ void WindowRun::press(const std::string& name) {
     hand_.click(still(name, isButton).centre());
 }
 
+std::vector<std::string> WindowRun::nameless() {
+    std::vector<std::string> found;
+    const std::vector<Seen> shown = reader_.look();
+    for (std::size_t i = 0; i < shown.size(); i++) {
+        // Qt puts a dialog that it gives no name around each of ours.
+        const bool isFrame = shown[i].role == "dialog" && i + 1 < shown.size() &&
+                             shown[i + 1].role == "dialog" && !shown[i + 1].name.empty();
+        if (shown[i].name.empty() && needsName(shown[i]) && !isFrame)
+            found.push_back(described(shown[i]));
+    }
+    return found;
+}
+
 void WindowRun::pressRow(const std::string& name) {
     hand_.click(still(name, isRow).centre());
 }
@@ -147,12 +173,8 @@ void WindowRun::letGo() {
 
 std::string WindowRun::screen() {
     std::string text;
-    for (const Seen& each : reader_.look()) {
-        text += std::string(static_cast<std::size_t>(2 * each.depth), ' ') + each.role + " “" +
-                each.name + "” at " + std::to_string(each.x) + "," + std::to_string(each.y) + " " +
-                std::to_string(each.width) + "x" + std::to_string(each.height) +
-                (each.focused ? " focused" : "") + "\n";
-    }
+    for (const Seen& each : reader_.look())
+        text += std::string(static_cast<std::size_t>(2 * each.depth), ' ') + described(each) + "\n";
     return text;
 }
 

@@ -42,6 +42,8 @@ public:
     void press(const std::string& name);
     void pressRow(const std::string& name);
     bool isShown(const std::string& name);
+    /// The controls that are shown and have no name: a screen reader would have nothing to say.
+    std::vector<std::string> nameless();
     void until(const std::string& what, const std::function<bool()>& holds);
     /// Drags from another program onto the middle of the window; what came of it.
     std::string drag(const std::vector<std::string>& addresses);

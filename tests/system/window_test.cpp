@@ -247,6 +247,66 @@ TEST_F(Window, AFileWhoseNameIsNotUtf8IsDroppedAndWrittenAndWhatIsElsewhereIsTol
     EXPECT_EQ(run_->ended(), "");
 }
 
+TEST_F(Window, AFileOfTheCommandLineWhoseNameIsNotUtf8IsFound) {
+    const fs::path film = place("Detour (1945) \xFC.mp4");
+    makeLongFilm(film, 68 * 60);
+    run_->start({film.string()});
+    run_->see("Detour, 1945. Ready*");
+    run_->close();
+    EXPECT_EQ(run_->ended(), "");
+}
+
+TEST_F(Window, EveryControlOfEveryPageHasANameForAScreenReader) {
+    const auto expectNamed = [&](const char* page) {
+        EXPECT_THAT(run_->nameless(), ElementsAre()) << "on " << page;
+    };
+    const auto leave = [&](const std::string& page) {
+        run_->hand().press("Escape");
+        run_->until(page + " to be gone", [&] { return !run_->isShown(page); });
+    };
+    fs::create_directories(place("The Tin Observatory (2017)") / "Season 1");
+    makeMovie(place("Sintl.mp4"));
+    makeMovie(place("The Tin Observatory (2017)") / "Season 1" / "The Tin Observatory S01E01.mkv");
+    run_->start();
+    run_->see("choose files");
+    expectNamed("the empty Review");
+    run_->press("Queue*");
+    run_->see("Nothing in the queue");
+    expectNamed("the empty Queue");
+    run_->press("History*");
+    run_->see("Nothing yet");
+    expectNamed("the empty History");
+    run_->press("Review*");
+    EXPECT_EQ(run_->drag({address(run_->library())}), "copied\n");
+    run_->pressRow("Sintl. Needs a look*");
+    run_->press("Show or hide the inspector*");
+    run_->see("Find the Match…");
+    expectNamed("the inspector of a film without match");
+    run_->pressRow("The Tin Observatory*");
+    for (const char* page : {"Tracks", "Artwork", "Details"}) {
+        run_->press(page);
+        expectNamed(page);
+    }
+    run_->press("Choose Another Match…");
+    run_->see("Which one is this?");
+    expectNamed("the match picker");
+    leave("Which one is this?");
+    run_->press("Settings");
+    run_->see("Close");
+    expectNamed("Settings");
+    leave("Close");
+    run_->hand().press("F1");
+    run_->see("Close");
+    expectNamed("Keys");
+    leave("Close");
+    run_->press("More");
+    run_->press("About Marlet*");
+    run_->see("Close");
+    expectNamed("About");
+    run_->close();
+    EXPECT_EQ(run_->ended(), "");
+}
+
 TEST_F(Window, ThePanelOffersAFilmWhoseNameIsInUpperCase) {
     makeMovie(place("FILM.MP4"));
     writeFile(place("notes.txt"), {});

@@ -25,8 +25,9 @@ Owned<Reply> owned(Reply* reply) {
 /// Symbols of keys that aren't letters, as X names and numbers them.
 const std::map<std::string, std::uint32_t>& namedKeys() {
     static const std::map<std::string, std::uint32_t> keys = {
-        {"ctrl", 0xffe3}, {"alt", 0xffe9}, {"shift", 0xffe1},  {"Return", 0xff0d}, {"Tab", 0xff09},
-        {"Down", 0xff54}, {"Up", 0xff52},  {"Escape", 0xff1b}, {"space", 0x20},    {"F2", 0xffbf}};
+        {"ctrl", 0xffe3}, {"alt", 0xffe9},  {"shift", 0xffe1}, {"Return", 0xff0d},
+        {"Tab", 0xff09},  {"Down", 0xff54}, {"Up", 0xff52},    {"Escape", 0xff1b},
+        {"space", 0x20},  {"F1", 0xffbe},   {"F2", 0xffbf}};
     return keys;
 }
 

@@ -52,7 +52,8 @@ Column {
         onAccepted: box.accepted()
         Accessible.role: Accessible.EditableText
         Accessible.name: box.label !== "" ? box.label : box.prompt
-        Accessible.description: box.mark && box.oldValue !== "" ? qsTr("In the file now: %1").arg(box.oldValue) : ""
+        // Qt 6.4 gives no screen reader the name of a field that hides what is typed.
+        Accessible.description: box.secret ? box.label : box.mark && box.oldValue !== "" ? qsTr("In the file now: %1").arg(box.oldValue) : ""
         background: FieldFrame { focused: field.activeFocus }
     }
 }
