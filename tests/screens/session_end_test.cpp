@@ -3,42 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <QGuiApplication>
 #include <csignal>
 #include <cstdio>
 #include <future>
 #include <thread>
 
-#include "app/app_model.h"
-#include "app/quit_gate.h"
-#include "foundation/preferences.h"
 #include "foundation/run_control.h"
-#include "screens/frame/screens.h"
+#include "screens/bare_window.h"
 
 namespace marlet::test {
 namespace {
-
-struct Window {
-    Window() {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        application.emplace(argc, argv);
-        Preferences::install(std::make_unique<MemoryPreferences>());
-        model.emplace();
-        gate.emplace();
-        screens.emplace(*model, *gate);
-    }
-    void endSession() {
-        screens->endSession([] { std::fputs("asked to wait, ", stderr); });
-    }
-
-    int argc = 1;
-    char name[7] = "marlet";
-    char* argv[2] = {name, nullptr};
-    std::optional<QGuiApplication> application;
-    std::optional<AppModel> model;
-    std::optional<QuitGate> gate;
-    std::optional<Screens> screens;
-};
 
 using Ask = void (*)(Window&);
 
