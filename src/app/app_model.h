@@ -72,7 +72,7 @@ public:
         /// In place of the built-in sources.
         std::map<SourceID, ExternalSource*> externals;
         std::chrono::milliseconds toastTime{3500};
-        std::chrono::milliseconds unfinishedPause{2000};  ///< from a change to its being kept
+        std::chrono::milliseconds unfinishedPause{2000};     ///< from a change to its being kept
         std::chrono::milliseconds unfinishedRunPause{5000};  ///< the same for the jobs of a run
     };
     AppModel() : AppModel(Parts{}) {}

@@ -58,9 +58,11 @@ Task<> UnfinishedStore::open() {
     isOpen_ = isLooking_ = true;
     keepWithin(pause);
     std::function<UnfinishedWork()> look = [shelf = shelf_] { return shelf->look(); };
-    auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
-    offered_ = co_await looking;
-    isLooking_ = false;
+    {
+        const Ending ended(isLooking_);
+        auto looking = Asking::orCancelled(Async::onWorker(std::move(look)), life_);
+        offered_ = co_await looking;
+    }
     std::vector<Path> newer;
     for (const UnfinishedFile& file : offered_.files) {
         const Path& url = file.resolved.file.url;
