@@ -34,7 +34,9 @@ TestCase {
     function shown(name) {
         const item = part(name);
         page().reveal(item);
-        waitForRendering(root);
+        // Not for a picture: where it lies already nothing is drawn.
+        for (let each = item; each !== null; each = each.parent)
+            if (isPolishScheduled(each)) waitForItemPolished(each);
         return item;
     }
     function choose(name, index) { mouseClick(findChild(shown(name), "segment" + index)); }
