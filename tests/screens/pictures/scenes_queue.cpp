@@ -13,8 +13,8 @@ struct Made {
 };
 
 const std::vector<Made> films = {
-    {"The.Long.Road.S02E05.1080p.mkv", "The Long Road · S2E5", "2 sounds, 3 subtitles removed"},
-    {"The.Long.Road.S02E06.1080p.mkv", "The Long Road · S2E6", "2 sounds, 3 subtitles removed"},
+    {"The.Long.Road.S02E05.1080p.mkv", "The Long Road · S2E5", "2 sound, 3 subtitle removed"},
+    {"The.Long.Road.S02E06.1080p.mkv", "The Long Road · S2E6", "2 sound, 3 subtitle removed"},
     {"Charade (1963).mp4", "Charade"},
     {"Metropolis (1927) restored.m4v", "Metropolis"},
     {"A Trip to the Moon.mp4", "A Trip to the Moon"},
@@ -37,16 +37,26 @@ void give(Stage& stage) {
     stage.model().queue().add(std::move(jobs));
 }
 
+using Clock = std::chrono::steady_clock;
+
+/// The run began so long ago.
+void beginRun(Stage& stage, std::chrono::seconds ago) {
+    const Clock::time_point begun = Clock::now();
+    stage.model().queue().clock = [begun] { return begun; };
+    stage.model().queue().start();
+    stage.model().queue().clock = [begun, ago] { return begun + ago; };
+}
+
 /// The run after two jobs, in the middle of the third.
 void run(Stage& stage) {
     give(stage);
-    stage.model().queue().start();
+    beginRun(stage, std::chrono::seconds(372));
     for (int i = 0; i < 2; i++)
         stage.endJobWith({{"status", "done"},
                           {"message", "Details written; sound layout fixed (3.21 s to 0.50 s)"},
                           {"before", 3.21},
                           {"after", 0.5}});
-    stage.reportStep("Rebuilding with finer sound slices (500 ms)", 0.37);
+    stage.reportStep("Building again with finer sound slices (500 ms)", 0.37);
 }
 
 void finish(Stage& stage, const std::vector<WriteOutcome>& outcomes) {
@@ -67,6 +77,45 @@ const WriteOutcome fixed{.status = Status::done,
                          .after = 0.5,
                          .message = "Details written; sound layout fixed (3.21 s to 0.50 s)"};
 
+/// An evening's work, a quarter of it done.
+void evening(Stage& stage) {
+    const std::vector<std::pair<const char*, const char*>> works = {
+        {"Charade (1963).m4v", "Charade"},
+        {"Nosferatu (1922).mp4", "Nosferatu: A Symphony of Horror"},
+        {"His Girl Friday (1940).mkv", "His Girl Friday"},
+        {"The Tin Observatory S02E01.mkv", "The Tin Observatory · S2E1"},
+        {"The Tin Observatory S02E02.mkv", "The Tin Observatory · S2E2"},
+        {"The Tin Observatory S02E03.mkv", "The Tin Observatory · S2E3"},
+        {"The Tin Observatory S02E04.mkv", "The Tin Observatory · S2E4"},
+        {"The Tin Observatory S02E06.mkv", "The Tin Observatory · S2E6"},
+        {"Detour (1945).mov", "Detour"},
+        {"The General (1926).mp4", "The General"},
+        {"Sintel (2010).mp4", "Sintel"},
+        {"Night of the Living Dead (1968).mp4", "Night of the Living Dead"},
+    };
+    std::vector<WriteQueue::Job> jobs;
+    for (const auto& [name, label] : works) {
+        const std::string file = name;
+        WriteQueue::Job job = stagedJob(file, 1'400'000'000);
+        job.label = label;
+        if (file.ends_with(".mkv")) {
+            job.summary = file.starts_with("His") ? "1 sound, 4 subtitle removed"
+                                                  : "2 sound, 3 subtitle removed";
+            job.request.mode = ConvertRequest{job.request.file, {}, {}, "/films/New"};
+        }
+        jobs.push_back(job);
+        stage.worker().held.insert(file);
+    }
+    stage.screens().setTab(1);
+    stage.model().queue().add(std::move(jobs));
+    beginRun(stage, std::chrono::seconds(214));
+    stage.endJobWith({{"status", "done"},
+                      {"message", "Details written; sound layout fixed (3.21 s to 0.50 s)"}});
+    stage.endJobWith({{"status", "done"}, {"message", "Details written"}});
+    stage.reportStep("Converting sound (eng)", 0.62);
+}
+
+const Scene library("library-queue", evening);
 const Scene empty("queue-empty", [](Stage& stage) { stage.screens().setTab(1); });
 const Scene waiting("queue-waiting", give);
 const Scene running("queue-running", run);

@@ -10,6 +10,11 @@ QVariantMap film(const QString& name, const QString& title, int year) {
             {QStringLiteral("year"), year}};
 }
 
+QVariantMap withPoster(QVariantMap file, const char* of) {
+    file.insert(QStringLiteral("poster"), QStringLiteral("/%1-poster-1.jpg").arg(QLatin1String(of)));
+    return file;
+}
+
 QVariantMap doubtful(QVariantMap file, const QString& reason) {
     file.insert(QStringLiteral("reasons"), QStringList{reason});
     return file;
@@ -33,22 +38,27 @@ QVariantMap episode(const QString& show, int season, int number) {
 
 QVariantList shelf() {
     QVariantList files;
-    for (int i = 1; i <= 10; i++) {
-        QVariantMap file = episode(QStringLiteral("The Lighthouse Keepers"), 2, i);
+    for (int i = 1; i <= 8; i++) {
+        QVariantMap file = withPoster(episode(QStringLiteral("The Tin Observatory"), 2, i),
+                                      "show-201750-season-2");
         files << (i % 4 == 0 ? doubtful(file, QStringLiteral("Only the file number to go on"))
                              : file);
     }
     for (int i = 1; i <= 6; i++) files << episode(QStringLiteral("Harbour Street"), 1, i);
-    files << film(QStringLiteral("Charade (1963).mp4"), QStringLiteral("Charade"), 1963)
-          << film(QStringLiteral("Sintel.2010.1080p.mkv"), QStringLiteral("Sintel"), 2010)
-          << doubtful(film(QStringLiteral("his girl friday.mp4"), QStringLiteral("His Girl Friday"),
-                           1940),
-                      QStringLiteral("The file runs 14 minutes longer than the film"))
-          << doubtful(
-                 film(QStringLiteral("Night of the Living Dead.mkv"),
-                      QStringLiteral("Night of the Living Dead"), 1968),
-                 QStringLiteral("Two films have this name: 1968 and 1990. Which of the two it is "
-                                "can't be told from the file"))
+    files << withPoster(film(QStringLiteral("Charade (1963).mp4"), QStringLiteral("Charade"), 1963),
+                        "film-196301")
+          << withPoster(film(QStringLiteral("Sintel.2010.1080p.mkv"), QStringLiteral("Sintel"), 2010),
+                        "film-201001")
+          << withPoster(doubtful(film(QStringLiteral("his girl friday.mp4"),
+                                      QStringLiteral("His Girl Friday"), 1940),
+                                 QStringLiteral("The file runs 14 minutes longer than the film")),
+                        "film-194001")
+          << withPoster(
+                 doubtful(film(QStringLiteral("Night of the Living Dead.mkv"),
+                               QStringLiteral("Night of the Living Dead"), 1968),
+                          QStringLiteral("Two films have this name: 1968 and 1990. Which of the "
+                                         "two it is can't be told from the file")),
+                 "film-196801")
           << unmatched(film(QStringLiteral("VTS_01_1.mp4"), QStringLiteral("VTS 01 1"), 0),
                        QStringLiteral("Couldn't tell what this file is"))
           << film(QStringLiteral("The.Cabinet.of.Dr.Caligari.1920.RESTORED.with.a.very.long.name."
@@ -56,7 +66,9 @@ QVariantList shelf() {
                   QStringLiteral("The Cabinet of Dr. Caligari and Everything That Happened in "
                                  "Holstenwall That Summer"),
                   1920)
-          << film(QStringLiteral("Tears of Steel.mov"), QStringLiteral("Tears of Steel"), 2012)
+          << withPoster(film(QStringLiteral("Tears of Steel.mov"),
+                             QStringLiteral("Tears of Steel"), 2012),
+                        "film-201201")
           << film(QStringLiteral("Amélie.mp4"),
                   QStringLiteral("Le Fabuleux Destin d'Amélie Poulain"), 2001);
     return files;
@@ -67,6 +79,17 @@ void select(Stage& stage, int row) {
 }
 
 const Scene empty("review-empty", [](Stage&) {});
+
+const Scene unfinished("review-unfinished", [](Stage& stage) {
+    stage.leaveUnfinished({QStringLiteral("Charade (1963).mp4"), QStringLiteral("Sintel.mp4")},
+                          {QStringLiteral("his girl friday.mp4")});
+});
+
+const Scene unfinishedMore("review-unfinished-list", [](Stage& stage) {
+    stage.leaveUnfinished({QStringLiteral("Metropolis.mp4")}, {});
+    stage.place(shelf());
+    select(stage, 3);
+});
 
 const Scene list("review-list", [](Stage& stage) {
     stage.place(shelf());
