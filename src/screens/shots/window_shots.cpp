@@ -250,9 +250,8 @@ Task<> WindowShots::takeDemo(Path folder) {
 Task<> WindowShots::takeQueue(std::string name) {
     if (!options_.shots && !options_.websiteShots) co_return;
     show(1);
-    // What was said about it passes first.
-    auto waiting = until([this] { return !model_.toast(); });
-    co_await waiting;
+    // What was said about it would lie over the picture.
+    model_.say({});
     if (options_.shots) {
         auto taking = inBothLooks(*options_.shots /
                                   (options_.review.value_or("marlet") + "-" + name + ".png"));
