@@ -15,9 +15,11 @@ inline constexpr std::size_t chunk = 16 * mebibyte;
 inline Bytes patterned(std::size_t size, std::uint32_t seed = 1) {
     Bytes bytes(size);
     std::uint32_t state = seed * 2654435761U + 1;
-    for (std::uint8_t& byte : bytes) {
+    // By address: an iterator costs four calls a byte in a test that isn't optimised.
+    std::uint8_t* const at = bytes.data();
+    for (std::size_t i = 0; i < size; i++) {
         state = state * 1664525U + 1013904223U;
-        byte = static_cast<std::uint8_t>(state >> 24);
+        at[i] = static_cast<std::uint8_t>(state >> 24);
     }
     return bytes;
 }
