@@ -1,5 +1,9 @@
 #include "support/private_bus.h"
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <stdexcept>
 #include <thread>
@@ -24,6 +28,20 @@ constexpr const char* configuration = R"(<!DOCTYPE busconfig PUBLIC
 </busconfig>
 )";
 
+/// Between the moment that its place is there and the moment that it takes callers, it refuses
+/// them.
+bool takesCallers(const std::filesystem::path& socketFile) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = socketFile.string();
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool taken =
+        ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    ::close(fd);
+    return taken;
+}
+
 }  // namespace
 
 std::optional<std::string> PrivateBus::missing() {
@@ -40,7 +58,7 @@ PrivateBus::PrivateBus() {
         daemon,
         std::vector<std::string>{"--config-file=" + file.string(), "--nofork", "--nopidfile"});
     for (int i = 0; i < 30000; i++) {
-        if (std::filesystem::exists(socket)) return;
+        if (takesCallers(socket)) return;
         if (bus_->hasEnded()) break;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }

@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <QDBusArgument>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
@@ -62,17 +63,24 @@ std::string textIn(const QDBusMessage& answer) {
 
 }  // namespace
 
-std::optional<std::string> ScreenReader::missing() {
-    if (!fs::exists(launcher)) return "no at-spi2-core on this machine";
-    return PrivateBus::missing();
+ScreenReader::Launcher::Launcher(const std::map<std::string, std::string>& environment)
+    : process(launcher, {"--launch-immediately"}, environment) {}
+
+ScreenReader::Launcher::~Launcher() {
+    // Asked in kind, it takes what it started along.
+    process.signal(SIGTERM);
+    try {
+        process.wait();
+    } catch (const std::exception&) {
+        // It is killed then.
+    }
 }
 
 ScreenReader::ScreenReader(const std::string& display) {
     fs::permissions(runtime_.path(), fs::perms::owner_all);
     auto variables = environment();
     variables["DISPLAY"] = display;
-    launcher_ = std::make_unique<Process>(
-        launcher, std::vector<std::string>{"--launch-immediately"}, variables);
+    launcher_ = std::make_unique<Launcher>(variables);
     const QString address = addressOfBus();
     bus_ = QDBusConnection::connectToBus(address, QString::fromLatin1(busName));
     if (!bus_->isConnected()) throw std::runtime_error("no accessibility bus");
@@ -80,16 +88,13 @@ ScreenReader::ScreenReader(const std::string& display) {
 
 ScreenReader::~ScreenReader() {
     QDBusConnection::disconnectFromBus(QString::fromLatin1(busName));
-    // Asked in kind, it takes the bus that it started along.
-    launcher_->signal(SIGTERM);
-    launcher_->wait();
 }
 
 QString ScreenReader::addressOfBus() const {
     const auto session = QDBusConnection::connectToBus(QString::fromStdString(session_.address()),
                                                        QString::fromLatin1(sessionName));
     QString address;
-    for (int i = 0; address.isEmpty() && !launcher_->hasEnded() && i < 30000; i++) {
+    for (int i = 0; address.isEmpty() && !launcher_->process.hasEnded() && i < 30000; i++) {
         const QDBusMessage answer = session.call(QDBusMessage::createMethodCall(
             QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
             QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress")));
@@ -98,7 +103,9 @@ QString ScreenReader::addressOfBus() const {
         if (address.isEmpty()) std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     QDBusConnection::disconnectFromBus(QString::fromLatin1(sessionName));
-    if (address.isEmpty()) throw std::runtime_error("no accessibility: " + launcher_->errors());
+    if (address.isEmpty())
+        throw std::runtime_error("no accessibility: " + launcher_->process.errors() + " " +
+                                 session.lastError().message().toStdString());
     return address;
 }
 

@@ -38,7 +38,6 @@ public:
     ScreenReader(const ScreenReader&) = delete;
     ScreenReader& operator=(const ScreenReader&) = delete;
 
-    static std::optional<std::string> missing();
     std::map<std::string, std::string> environment() const;
     /// All that is shown at this moment in the windows of the one program, parents first. Nothing
     /// as long as there is none.
@@ -56,9 +55,15 @@ private:
     void walk(const Place& place, int depth, std::vector<Seen>& found) const;
     QString addressOfBus() const;
 
+    /// Starts the bus and the registry of AT-SPI, and ends them with itself.
+    struct Launcher {
+        explicit Launcher(const std::map<std::string, std::string>& environment);
+        ~Launcher();
+        Process process;
+    };
     PrivateBus session_;
     TempFolder runtime_;
-    std::unique_ptr<Process> launcher_;
+    std::unique_ptr<Launcher> launcher_;
     std::optional<QDBusConnection> bus_;
 };
 

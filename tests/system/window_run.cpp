@@ -52,8 +52,7 @@ bool isAnything(const Seen&) {
 }  // namespace
 
 std::optional<std::string> WindowRun::missing() {
-    if (const auto no = XDisplay::missing()) return no;
-    return ScreenReader::missing();
+    return XDisplay::missing();
 }
 
 WindowRun::WindowRun() : reader_(display_.name()), hand_(display_.name()) {
