@@ -20,8 +20,9 @@ constexpr std::chrono::minutes leftoverAge(30);
 Task<bool> tidy() {
     std::function<bool()> work = [] {
         HistoryPosters::prune();
-        Durable::removeLeftovers(Paths::documentsDir(),
-                                 std::chrono::system_clock::now() - leftoverAge);
+        const FileTime limit = std::chrono::system_clock::now() - leftoverAge;
+        for (const auto& folder : {Paths::documentsDir(), HistoryPosters::dir()})
+            Durable::removeLeftovers(folder, limit);
         return true;
     };
     return Async::onWorker(std::move(work));

@@ -131,20 +131,26 @@ TEST_F(HistorySoon, WhatCouldNotBeWrittenIsWrittenWithTheNextEntry) {
 
 class Tidying : public ModelTest {};
 
-TEST_F(Tidying, WhatAKilledAppendLeftIsRemovedAtTheStart) {
+TEST_F(Tidying, WhatAKilledWriteLeftIsRemovedAtTheStart) {
     const fs::path folder = Paths::documentsDir();
     fs::create_directories(folder);
     const fs::path old = folder / ".history.json.8F1C6D0E-5B7A-4C11-9E0D-2A3B4C5D6E7F.tmp";
     const fs::path young = folder / ".history.json.8F1C6D0E-5B7A-4C11-9E0D-2A3B4C5D6E80.tmp";
-    for (const fs::path& file : {old, young}) writeFile(file, viewOf("[half an en"));
+    const fs::path poster = *HistoryPosters::save(viewOf("x"), "/a.jpg");
+    const fs::path halfAPoster =
+        HistoryPosters::dir() / "._a.jpg.8F1C6D0E-5B7A-4C11-9E0D-2A3B4C5D6E7F.tmp";
+    for (const fs::path& file : {old, young, halfAPoster}) writeFile(file, viewOf("[half an en"));
     const auto ago = [](int minutes) {
         return FileTime(std::chrono::system_clock::now() - std::chrono::minutes(minutes));
     };
-    ASSERT_EQ(Sys::setModified(old, ago(31)), 0);
+    for (const fs::path& file : {old, poster, halfAPoster})
+        ASSERT_EQ(Sys::setModified(file, ago(31)), 0);
     ASSERT_EQ(Sys::setModified(young, ago(29)), 0);
     make();
     ASSERT_TRUE(Async::settle(20s));
     EXPECT_FALSE(fs::exists(old));
+    EXPECT_FALSE(fs::exists(halfAPoster));
+    EXPECT_TRUE(fs::exists(poster));
     EXPECT_TRUE(fs::exists(young)) << "a living copy may be writing it";
 }
 
