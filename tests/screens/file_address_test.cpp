@@ -21,6 +21,7 @@ TEST(FileAddresses, EveryByteOfANameIsKeptUtf8OrNot) {
         EXPECT_EQ(FileAddress::pathOf(FileAddress::of(path)), path);
     EXPECT_EQ(pathOf("file:///a/Caf%E9.mp4"), "/a/Caf\xE9.mp4");
     EXPECT_EQ(pathOf("file:///a/Am%C3%A9lie.mp4"), "/a/Amélie.mp4");
+    EXPECT_EQ(FileAddress::of("/a/B, c (1963).mp4"), QUrl("file:///a/B, c (1963).mp4"));
     EXPECT_EQ(FileAddress::of("/a/Caf\xE9 ü.mp4").toEncoded(), "file:///a/Caf%E9%20%C3%BC.mp4");
 }
 

@@ -3,6 +3,7 @@
 #include <future>
 
 #include "app/model_fixture.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/pictures/art_address.h"
 #include "write/restore_points.h"
@@ -237,6 +238,14 @@ TEST_F(HistoryScreen, ExportWritesTheTableAndSaysSo) {
     screen->exportTo(QUrl::fromLocalFile(toQt(target)));
     until([&] { return model->toast().has_value(); });
     EXPECT_EQ(model->toast(), "Saved “Marlet History.csv”");
+    EXPECT_EQ(textOf(readFile(target)), history.csv());
+}
+
+TEST_F(HistoryScreen, AnExportGoesToAPlaceWhoseNameIsNotUtf8) {
+    history.append(film("a", "/films/a.mp4"));
+    const fs::path target = library / "Caf\xE9.csv";
+    screen->exportTo(FileAddress::of(target));
+    until([&] { return model->toast().has_value(); });
     EXPECT_EQ(textOf(readFile(target)), history.csv());
 }
 

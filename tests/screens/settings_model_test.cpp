@@ -177,6 +177,9 @@ TEST_F(SettingsScreen, AChosenFolderTakesNewFilesInsteadOfTheOriginalsOwn) {
     EXPECT_EQ(stored().text("outputFolder"), folder.string());
     EXPECT_EQ(model->toast(),
               "New files can't be saved there: it isn't a folder of this computer.");
+    screen->saveNewFilesTo(QUrl::fromEncoded("file:///srv/Caf%E9"));
+    EXPECT_EQ(stored().text("outputFolder"), folder.string());
+    EXPECT_EQ(model->toast(), "New files can't be saved there: the folder's name isn't UTF-8.");
     screen->saveNewFilesTo(QUrl("file:///srv/films"));
     EXPECT_EQ(screen->folder(), "/srv/films");
     screen->saveNewFilesTo(QUrl::fromLocalFile(toQt(Paths::homeDir())));

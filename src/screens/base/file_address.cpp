@@ -24,8 +24,10 @@ std::optional<std::filesystem::path> pathOf(const QUrl& address) {
 }
 
 QUrl of(const std::filesystem::path& path) {
+    // What may stand in a path as it is (RFC 3986, 3.3).
+    constexpr const char* plain = "/!$&'()*+,;=:@";
     return QUrl::fromEncoded("file://" +
-                             QByteArray::fromStdString(path.string()).toPercentEncoding("/"));
+                             QByteArray::fromStdString(path.string()).toPercentEncoding(plain));
 }
 
 }  // namespace marlet::FileAddress

@@ -8,6 +8,7 @@
 #include "foundation/durable.h"
 #include "foundation/errors.h"
 #include "identify/asking.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 
 namespace marlet {
@@ -258,11 +259,12 @@ QUrl HistoryModel::exportPlace() const {
 }
 
 void HistoryModel::exportTo(const QUrl& file) {
-    if (!file.isLocalFile()) {
+    const auto path = FileAddress::pathOf(file);
+    if (!path) {
         tell(tr("History can't be saved there: it isn't a folder of this computer."));
         return;
     }
-    write(fromQt(file.toLocalFile()));
+    write(*path);
 }
 
 void HistoryModel::tell(const QString& notice) {

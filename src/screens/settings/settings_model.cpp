@@ -7,6 +7,8 @@
 #include "app/settings.h"
 #include "app/updater.h"
 #include "foundation/paths.h"
+#include "foundation/text.h"
+#include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 
 namespace marlet {
@@ -97,12 +99,18 @@ void SettingsModel::setSameFolder(bool on) {
 }
 
 void SettingsModel::saveNewFilesTo(const QUrl& folder) {
-    if (!folder.isLocalFile()) {
+    const auto path = FileAddress::pathOf(folder);
+    if (!path) {
         model_.say(
             fromQt(tr("New files can't be saved there: it isn't a folder of this computer.")));
         return;
     }
-    Settings::setOutputFolder(fromQt(folder.toLocalFile()));
+    // Settings are text; what they would give back is another folder.
+    if (Text::repairUtf8(viewOf(path->native())) != path->native()) {
+        model_.say(fromQt(tr("New files can't be saved there: the folder's name isn't UTF-8.")));
+        return;
+    }
+    Settings::setOutputFolder(*path);
     Settings::setOutputSameFolder(false);
     stored();
 }
@@ -126,7 +134,7 @@ QString SettingsModel::folder() const {
 }
 
 QUrl SettingsModel::folderPlace() const {
-    return QUrl::fromLocalFile(toQt(shown_.folder));
+    return FileAddress::of(shown_.folder);
 }
 
 QString SettingsModel::versionLine() const {
