@@ -8,6 +8,7 @@
 #include "foundation/run_mode.h"
 #include "identify/matcher.h"
 #include "screens/base/qt_text.h"
+#include "screens/desktop/desktop_model.h"
 #include "screens/pictures/art_address.h"
 #include "screens/pictures/art_provider.h"
 #include "write/restore_points.h"
@@ -166,6 +167,8 @@ void Stage::make() {
         };
     }
     screens_ = std::make_unique<Screens>(*model_, *gate_);
+    // Most tests needn't see a sheet fade; those that watch motion set this.
+    if (!qEnvironmentVariableIsSet("MARLET_STAGE_MOVES")) screens_->desktop()->pose(std::nullopt);
 }
 
 AppModel::Parts Stage::parts() {
