@@ -86,7 +86,7 @@ Item {
         Flow {
             visible: row.happened !== ""
             width: parent.width
-            spacing: Theme.s1
+            spacing: Theme.s2
             Words {
                 objectName: "jobHappened"
                 width: row.damaged ? parent.width : Math.min(Math.ceil(implicitWidth), parent.width)

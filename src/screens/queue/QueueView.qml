@@ -78,6 +78,13 @@ FocusScope {
         onRunningRowChanged: if (runningRow >= 0 && !activeFocus && !moving)
             positionViewAtIndex(runningRow, ListView.Contain)
 
+        // What failed is put first then, and is to be seen first.
+        readonly property bool ended: view.queue.stage === "finished"
+        onEndedChanged: if (ended && !moving) {
+            positionViewAtBeginning();
+            contentY = originY - topMargin;
+        }
+
         Keys.onReturnPressed: (currentItem as JobRow)?.toggle()
         Keys.onEnterPressed: (currentItem as JobRow)?.toggle()
         Keys.onDeletePressed: (currentItem as JobRow)?.remove()

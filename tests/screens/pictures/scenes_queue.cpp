@@ -64,9 +64,12 @@ void finish(Stage& stage, const std::vector<WriteOutcome>& outcomes) {
     stage.model().queue().start();
     for (WriteOutcome outcome : outcomes) {
         if (outcome.status == Status::done) outcome.output = stage.path("a.m4v");
+        const WriteQueue& queue = stage.model().queue();
+        const std::string id = queue.current() == nullptr ? "" : queue.current()->id;
         stage.worker().end(outcome);
-        stage.settle();
-        Async::wait(Async::sleep(std::chrono::milliseconds(20)));
+        // Whoever tells the next one something waits for it here, where it would begin.
+        while (queue.active() && (queue.current() == nullptr || queue.current()->id == id))
+            Async::wait(Async::sleep(std::chrono::milliseconds(1)));
     }
 }
 

@@ -233,6 +233,18 @@ TestCase {
         waitFor("empty");
     }
 
+    function test_when_a_long_run_ends_the_list_shows_its_beginning() {
+        const names = [], outcomes = [];
+        for (let i = 0; i < 24; i++) {
+            names.push("film " + i + ".mp4");
+            outcomes.push({ status: i === 20 ? "failed" : "done", message: i === 20 ? "Not enough free space" : "Details written" });
+        }
+        run(names, outcomes);
+        verify(list().contentHeight > list().height);
+        tryVerify(() => list().contentY === list().originY - list().topMargin);
+        compare(inRow(0, "jobWord").text, "Failed");
+    }
+
     function test_nothing_to_show_or_retry_offers_neither() {
         run(["a.mp4"], [{ status: "skipped", message: "nothing to do" }]);
         compare(part("runDetail").text, "0 done, 1 skipped");
