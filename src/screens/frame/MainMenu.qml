@@ -13,7 +13,7 @@ ContextMenu {
     objectName: "mainMenu"
     MenuEntry { text: qsTr("Add File…"); glyph: "plus"; keys: "Ctrl+O"; objectName: "menuAdd"; onTriggered: menu.addAsked() }
     MenuEntry { text: qsTr("Add Folder…"); glyph: "folder"; keys: "Ctrl+Shift+O"; objectName: "menuFolder"; onTriggered: menu.folderAsked() }
-    MenuSeparator {}
+    MenuRule {}
     MenuEntry {
         objectName: "menuInspector"
         text: App.inspectorShown ? qsTr("Hide Inspector") : qsTr("Show Inspector")
@@ -22,11 +22,11 @@ ContextMenu {
         onTriggered: App.inspectorShown = !App.inspectorShown
     }
     MenuEntry { text: qsTr("Clear History…"); glyph: "trash"; objectName: "menuClear"; onTriggered: App.askToClearHistory() }
-    MenuSeparator {}
+    MenuRule {}
     MenuEntry { text: qsTr("Settings"); glyph: "settings"; keys: "Ctrl+,"; objectName: "menuSettings"; onTriggered: App.openSettings() }
     MenuEntry { text: qsTr("Keys"); glyph: "info"; keys: "F1"; objectName: "menuKeys"; onTriggered: menu.keysAsked() }
     MenuEntry { text: qsTr("Check for Updates…"); glyph: "refresh"; objectName: "menuUpdates"; enabled: App.canCheckForUpdates; onTriggered: App.checkForUpdates() }
     MenuEntry { text: qsTr("About Marlet"); glyph: "info"; objectName: "menuAbout"; onTriggered: App.openAbout() }
-    MenuSeparator {}
+    MenuRule {}
     MenuEntry { text: qsTr("Quit"); glyph: "cross"; keys: "Ctrl+Q"; objectName: "menuQuit"; onTriggered: App.quit() }
 }

@@ -21,7 +21,8 @@ CheckBox {
         height: Theme.px(18)
         radius: 4
         x: tick.mirrored ? tick.width - width : 0
-        y: (tick.height - height) / 2
+        // Beside the first line, however many there are.
+        y: Math.max(0, Math.round((title.height / Math.max(1, title.lineCount) - height) / 2))
         color: tick.checked ? (tick.enabled ? Theme.accent : Theme.disabled) : "transparent"
         border.width: tick.checked ? 0 : 1
         border.color: tick.enabled ? Theme.tint(Theme.ink, 0.4) : Theme.disabled
@@ -38,6 +39,7 @@ CheckBox {
         leftPadding: tick.mirrored ? 0 : tick.indicator.width + tick.spacing
         rightPadding: tick.mirrored ? tick.indicator.width + tick.spacing : 0
         Words {
+            id: title
             width: tick.availableWidth - parent.leftPadding - parent.rightPadding
             text: tick.text
             Accessible.ignored: true
