@@ -22,6 +22,10 @@ AbstractButton {
     Accessible.name: spoken === "" ? name : name + ", " + spoken
     Accessible.selectable: true
     Accessible.selected: on
+    // To this Qt each control is a button: then that it is on shows as checked.
+    Accessible.checkable: true
+    Accessible.checked: on
+    Accessible.onPressAction: tab.clicked()
     Keys.onReturnPressed: clicked()
 
     background: RowFrame {

@@ -43,7 +43,7 @@ Sheet {
         model: sheet.model.fields
         onOriginYChanged: if (atTop) contentY = originY
         onMovementStarted: atTop = false
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollHandle {}
         Accessible.role: Accessible.Table
         Accessible.name: sheet.model.head
         Keys.onUpPressed: flick(0, 900)

@@ -31,7 +31,7 @@ Rectangle {
         highlightFollowsCurrentItem: true
         highlightMoveDuration: 0
         highlight: null
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollHandle {}
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Episodes")
         Keys.onUpPressed: frame.model.chooseEpisode(Math.max(0, frame.model.episode - 1))

@@ -56,7 +56,7 @@ FocusScope {
         contentHeight: page.height + 2 * Theme.s4
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        ScrollBar.vertical: ScrollBar {}
+        ScrollBar.vertical: ScrollHandle {}
 
         Column {
             id: page

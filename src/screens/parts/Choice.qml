@@ -31,6 +31,7 @@ Column {
         onActivated: index => choice.chosen(index)
         onModelChanged: currentIndex = choice.currentIndex
         Accessible.name: choice.label
+        Accessible.onPressAction: box.popup.open()
         background: FieldFrame { focused: box.visualFocus }
         contentItem: Words {
             readonly property int arrow: Theme.px(16) + 2 * Theme.s2
@@ -59,6 +60,7 @@ Column {
             text: choice.textRole !== "" ? entry.modelData[choice.textRole] : entry.modelData
             highlighted: box.highlightedIndex === index
             Accessible.name: text
+            Accessible.onPressAction: entry.clicked()
             contentItem: Words {
                 text: entry.text
                 Accessible.ignored: true
@@ -77,7 +79,7 @@ Column {
                 implicitHeight: contentHeight
                 model: box.popup.visible ? box.delegateModel : null
                 currentIndex: box.highlightedIndex
-                ScrollBar.vertical: ScrollBar {}
+                ScrollBar.vertical: ScrollHandle {}
             }
             background: Rectangle { color: Theme.raised; radius: 6; border.color: Theme.hairline }
         }

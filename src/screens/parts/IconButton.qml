@@ -15,6 +15,7 @@ Button {
     padding: 0
     Accessible.name: text !== "" ? text : help
     Accessible.description: help
+    Accessible.onPressAction: if (enabled) button.clicked()
     Keys.onReturnPressed: if (enabled) clicked()
     Keys.onEnterPressed: if (enabled) clicked()
 

@@ -13,6 +13,7 @@ Button {
     font.pixelSize: Theme.body
     Accessible.role: Accessible.Link
     Accessible.name: text
+    Accessible.onPressAction: if (enabled) button.clicked()
     Keys.onReturnPressed: if (enabled) clicked()
     Keys.onEnterPressed: if (enabled) clicked()
 

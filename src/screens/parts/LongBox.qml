@@ -31,7 +31,13 @@ Column {
         width: box.width
         height: Math.min(field.implicitHeight, metrics.lineSpacing * box.mostLines + 2 * Theme.s2)
         ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
+        ScrollBar.vertical: ScrollHandle {
+            parent: scroll
+            x: Theme.mirrored ? 0 : scroll.width - width
+            height: scroll.height
+        }
         background: FieldFrame { focused: field.activeFocus }
+        Accessible.ignored: true
 
         TextArea {
             id: field

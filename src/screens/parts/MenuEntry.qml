@@ -14,6 +14,7 @@ MenuItem {
     rightPadding: Theme.s3
     font.family: Theme.family
     font.pixelSize: Theme.body
+    Accessible.onPressAction: entry.triggered()
     Accessible.name: keys === "" ? text : text + ", " + keys
     contentItem: Item {
         implicitWidth: symbol.width + Theme.s2 + words.implicitWidth + (entry.keys !== "" ? Theme.s6 + hint.implicitWidth : 0)

@@ -54,7 +54,8 @@ Rectangle {
         clip: true
         interactive: scrolls
         boundsBehavior: Flickable.StopAtBounds
-        activeFocusOnTab: scrolls
+        activeFocusOnTab: scrolls || activeFocus
+        onScrollsChanged: if (!scrolls && activeFocus) nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
         ScrollBar.vertical: ScrollHandle {}
         Accessible.ignored: !scrolls
         Accessible.role: Accessible.Pane

@@ -23,6 +23,7 @@ Button {
     font.weight: primary ? Font.DemiBold : Font.Medium
     Accessible.name: text
     Accessible.description: help
+    Accessible.onPressAction: if (enabled) button.clicked()
     Keys.onReturnPressed: if (enabled) clicked()
     Keys.onEnterPressed: if (enabled) clicked()
 

@@ -6,6 +6,7 @@ import Marlet
 ScrollBar {
     id: bar
 
+    Accessible.ignored: true  // a screen reader goes by what is in the list
     policy: ScrollBar.AsNeeded
     minimumSize: 0.05
     padding: 2

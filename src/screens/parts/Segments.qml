@@ -82,6 +82,10 @@ FocusScope {
                 Accessible.name: text
                 Accessible.selectable: true
                 Accessible.selected: on
+                // To this Qt each control is a button: then that it is on shows as checked.
+                Accessible.checkable: true
+                Accessible.checked: on
+                Accessible.onPressAction: segment.clicked()
                 Accessible.focusable: true
                 Accessible.focused: on && segments.activeFocus
                 contentItem: Words {

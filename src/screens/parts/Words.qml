@@ -22,4 +22,5 @@ Text {
     lineHeight: wrapMode === Text.NoWrap ? 1 : 1.2
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+    Accessible.ignored: text === ""
 }

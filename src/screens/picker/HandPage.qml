@@ -20,7 +20,13 @@ FocusScope {
         id: scroll
         anchors.fill: parent
         contentWidth: availableWidth
+        Accessible.ignored: true
         ScrollBar.horizontal.policy: ScrollBar.AlwaysOff
+        ScrollBar.vertical: ScrollHandle {
+            parent: scroll
+            x: Theme.mirrored ? 0 : scroll.width - width
+            height: scroll.height
+        }
 
         ColumnLayout {
             width: scroll.availableWidth

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Layouts
 import Marlet
 
 /// The page of a show: season, episodes, a search through all of them, and the choice for a whole
@@ -49,47 +48,59 @@ FocusScope {
             width: flick.width
             height: flick.contentHeight
 
-            GridLayout {
+            // The season stands below the show where there is no room beside it.
+            Item {
                 id: head
+
+                readonly property bool tight: page.width < Theme.px(480)
+
+                height: tight ? what.height + pick.height + Theme.s2 : Math.max(what.height, pick.height)
                 anchors { left: parent.left; right: parent.right; top: parent.top }
-                // The season stands below the show where there is no room beside it.
-                columns: page.width < Theme.px(480) ? 1 : 2
-                columnSpacing: Theme.s2
-                rowSpacing: Theme.s2
-                RowLayout {
-                    spacing: Theme.s2
+                Item {
+                    id: what
+                    height: Theme.px(51)
+                    anchors {
+                        left: parent.left; top: parent.top
+                        right: head.tight ? parent.right : pick.left; rightMargin: head.tight ? 0 : Theme.s2
+                    }
                     IconButton {
+                        id: back
                         objectName: "showBack"
                         glyph: "chevronLeft"
                         help: qsTr("Back to the results")
+                        anchors { left: parent.left; verticalCenter: parent.verticalCenter }
                         onClicked: page.show.close()
                     }
                     Poster {
-                        Layout.preferredWidth: Theme.px(34)
-                        Layout.preferredHeight: Theme.px(51)
+                        id: picture
+                        width: Theme.px(34)
+                        height: Theme.px(51)
+                        anchors { left: back.right; leftMargin: Theme.s2 }
                         source: page.show.poster
                         kind: "episode"
                     }
                     Column {
-                        Layout.fillWidth: true
                         spacing: 2
+                        anchors { left: picture.right; right: parent.right; leftMargin: Theme.s2; verticalCenter: parent.verticalCenter }
                         Words { width: parent.width; text: page.show.title; kind: Words.RowTitle }
                         Words { width: parent.width; text: page.show.facts; kind: Words.Quiet }
                     }
                 }
-                RowLayout {
+                Row {
+                    id: pick
                     spacing: Theme.s2
+                    anchors.right: parent.right
+                    y: head.tight ? what.height + Theme.s2 : (head.height - height) / 2
                     Words {
                         text: qsTr("Season")
                         kind: Words.Quiet
+                        anchors.verticalCenter: parent.verticalCenter
                         Accessible.ignored: true
                     }
                     Choice {
                         id: season
                         objectName: "pickerSeason"
-                        Layout.fillWidth: true
-                        Layout.preferredWidth: Theme.px(150)
-                        Layout.maximumWidth: Theme.px(150)
+                        width: Theme.px(150)
                         model: page.show.seasons
                         currentIndex: page.show.season
                         box.Accessible.name: qsTr("Season")

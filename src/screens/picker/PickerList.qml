@@ -25,7 +25,7 @@ ListView {
     Accessible.role: Accessible.List
     onChosenChanged: follow()
     onCountChanged: follow()
-    ScrollBar.vertical: ScrollBar {}
+    ScrollBar.vertical: ScrollHandle {}
     // Where the keyboard is while no row is chosen.
     FocusRing {
         parent: list

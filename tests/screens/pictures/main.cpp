@@ -14,8 +14,8 @@
 
 namespace marlet::test {
 
-Scene::Scene(std::string sceneName, std::function<void(Stage&)> sceneSet)
-    : name(std::move(sceneName)), set(std::move(sceneSet)) {
+Scene::Scene(std::string sceneName, std::function<void(Stage&)> sceneSet, Looks sceneLooks)
+    : name(std::move(sceneName)), set(std::move(sceneSet)), looks(sceneLooks) {
     all().push_back(*this);
 }
 
@@ -57,9 +57,11 @@ int run(const std::filesystem::path& folder, const std::string& part) {
     std::filesystem::create_directories(folder);
     for (const Scene& scene : Scene::all()) {
         if (scene.name.find(part) == std::string::npos) continue;
-        for (const std::string look : {"Light", "Dark"})
+        for (const std::string look : {"Light", "Dark"}) {
+            if (look == "Dark" && scene.looks == Scene::Looks::light) continue;
             for (const QSize size : {QSize(720, 640), QSize(1440, 900)})
                 if (!take(scene, look, size, folder)) return 1;
+        }
     }
     return 0;
 }

@@ -225,6 +225,8 @@ void Stage::clear() {
     worker_->held.clear();
     worker_->outcomes.clear();
     server_.clearFaults();
+    setTextScale(1);
+    setRightToLeft(false);
     Preferences::install(std::make_unique<MemoryPreferences>());
     Preferences::current().setBoolean("sourceOn.appleTV", false);
     settle();
@@ -312,7 +314,8 @@ void Stage::leaveUnfinished(const QStringList& queued, const QStringList& correc
         }
         std::vector<LibraryItem> items;
         for (const LibraryItem& item : earlier.items())
-            if (queued.contains(toQt(item.files.front().file.url.filename()))) items.push_back(item);
+            if (queued.contains(toQt(item.files.front().file.url.filename())))
+                items.push_back(item);
         if (!items.empty()) Async::wait(earlier.addToQueueNow(items));
         earlier.keepUnfinished();
     }

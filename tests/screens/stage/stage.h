@@ -112,6 +112,17 @@ public:
     Q_INVOKABLE bool dropThere(QQuickWindow* window);
     Q_INVOKABLE void dragAway(QQuickWindow* window);
     Q_INVOKABLE int requestCount(const QString& pathRegex) const;
+    /// The system's text size (1: as usual) and the way its language is read. clear() puts both
+    /// back.
+    Q_INVOKABLE void setTextScale(qreal factor);
+    Q_INVOKABLE void setRightToLeft(bool on);
+    /// What a screen reader finds in a window, in its order: objects with role, name, description,
+    /// value (-1: none), depth, focusable, focused, pressable, selected, checked, shown (in
+    /// sight), place (in the window) and objectName.
+    Q_INVOKABLE QVariantList heard(QObject* window) const;
+    /// Presses, as a screen reader does, the first that is so named; whether there was one that
+    /// can be pressed.
+    Q_INVOKABLE bool pressHeard(QObject* window, const QString& name) const;
 
 public Q_SLOTS:
     /// Called by Qt Quick Test for each engine: registers Marlet and Stage.
