@@ -35,7 +35,7 @@ class InspectorArtwork : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("App.inspector has it")
     Q_PROPERTY(QAbstractItemModel* options READ options CONSTANT)
-    Q_PROPERTY(QString line READ line NOTIFY changed)  ///< in place of the grid
+    Q_PROPERTY(QString line READ line NOTIFY changed)      ///< in place of the grid
     Q_PROPERTY(bool failed READ hasFailed NOTIFY changed)  ///< nothing could be asked
     Q_PROPERTY(bool fromApple READ fromApple NOTIFY changed)
     Q_PROPERTY(bool wide READ isWide NOTIFY changed)

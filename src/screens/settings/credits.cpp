@@ -143,8 +143,8 @@ Credits::Told Credits::toldIn(const std::string& text, const std::string& before
     const std::size_t commit = word.find("-g");
     if (commit == std::string::npos) return told;
     const std::string digits = word.substr(commit + 2, word.find('-', commit + 2) - commit - 2);
-    const bool isCommit = digits.size() >= 7 && digits.find_first_not_of("0123456789abcdef") ==
-                                                    std::string::npos;
+    const bool isCommit =
+        digits.size() >= 7 && digits.find_first_not_of("0123456789abcdef") == std::string::npos;
     if (isCommit) told.commit = digits;
     return told;
 }

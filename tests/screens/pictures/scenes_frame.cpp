@@ -20,11 +20,11 @@ const Scene clearing("frame-clear-history", [](Stage& stage) {
 
 /// Files are over the window and may be let go.
 const Scene dropping("frame-drop", [](Stage& stage) {
-    stage.place({QVariantMap{{QStringLiteral("name"), QStringLiteral("Charade (1963).mp4")},
-                             {QStringLiteral("title"), QStringLiteral("Charade")},
-                             {QStringLiteral("year"), 1963},
-                             {QStringLiteral("poster"),
-                              QStringLiteral("/film-196301-poster-1.jpg")}}});
+    stage.place(
+        {QVariantMap{{QStringLiteral("name"), QStringLiteral("Charade (1963).mp4")},
+                     {QStringLiteral("title"), QStringLiteral("Charade")},
+                     {QStringLiteral("year"), 1963},
+                     {QStringLiteral("poster"), QStringLiteral("/film-196301-poster-1.jpg")}}});
     for (QWindow* window : QGuiApplication::allWindows())
         for (QObject* area : window->findChildren<QObject*>(QStringLiteral("dropArea")))
             if (auto* const root = qobject_cast<QQuickItem*>(area)->parentItem())

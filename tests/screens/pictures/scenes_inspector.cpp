@@ -88,8 +88,7 @@ const Scene refusedMKV("inspector-tracks-refused",
 // Waits for its second look for ever, which the ordinary road would wait for, too.
 const Scene checkingMKV("inspector-tracks-checking", [](Stage& stage) {
     stage.plan(sintel, q("checking"));
-    stage.place(
-        {QVariantMap{{q("name"), sintel}, {q("title"), q("Sintel")}, {q("year"), 2010}}});
+    stage.place({QVariantMap{{q("name"), sintel}, {q("title"), q("Sintel")}, {q("year"), 2010}}});
     stage.draft(sintel, {{q("title"), q("Sintel")}});
     stage.model().inspectorPage = 1;
     stage.model().reviewID = stage.model().items().front().id;
@@ -104,8 +103,7 @@ const Scene artworkMOV("inspector-artwork-mov", [](Stage& stage) { detourOf(stag
 
 const Scene failedArtwork("inspector-artwork-failed", [](Stage& stage) {
     stage.setFault(q(R"({"times":0,"status":500})"));
-    stage.place({QVariantMap{
-        {q("name"), charade}, {q("title"), q("Charade")}, {q("year"), 1963}}});
+    stage.place({QVariantMap{{q("name"), charade}, {q("title"), q("Charade")}, {q("year"), 1963}}});
     stage.model().inspectorPage = 2;
     stage.inspect(charade);
     stage.say({});

@@ -11,7 +11,8 @@ QVariantMap film(const QString& name, const QString& title, int year) {
 }
 
 QVariantMap withPoster(QVariantMap file, const char* of) {
-    file.insert(QStringLiteral("poster"), QStringLiteral("/%1-poster-1.jpg").arg(QLatin1String(of)));
+    file.insert(QStringLiteral("poster"),
+                QStringLiteral("/%1-poster-1.jpg").arg(QLatin1String(of)));
     return file;
 }
 
@@ -47,8 +48,9 @@ QVariantList shelf() {
     for (int i = 1; i <= 6; i++) files << episode(QStringLiteral("Harbour Street"), 1, i);
     files << withPoster(film(QStringLiteral("Charade (1963).mp4"), QStringLiteral("Charade"), 1963),
                         "film-196301")
-          << withPoster(film(QStringLiteral("Sintel.2010.1080p.mkv"), QStringLiteral("Sintel"), 2010),
-                        "film-201001")
+          << withPoster(
+                 film(QStringLiteral("Sintel.2010.1080p.mkv"), QStringLiteral("Sintel"), 2010),
+                 "film-201001")
           << withPoster(doubtful(film(QStringLiteral("his girl friday.mp4"),
                                       QStringLiteral("His Girl Friday"), 1940),
                                  QStringLiteral("The file runs 14 minutes longer than the film")),
@@ -66,9 +68,9 @@ QVariantList shelf() {
                   QStringLiteral("The Cabinet of Dr. Caligari and Everything That Happened in "
                                  "Holstenwall That Summer"),
                   1920)
-          << withPoster(film(QStringLiteral("Tears of Steel.mov"),
-                             QStringLiteral("Tears of Steel"), 2012),
-                        "film-201201")
+          << withPoster(
+                 film(QStringLiteral("Tears of Steel.mov"), QStringLiteral("Tears of Steel"), 2012),
+                 "film-201201")
           << film(QStringLiteral("Amélie.mp4"),
                   QStringLiteral("Le Fabuleux Destin d'Amélie Poulain"), 2001);
     return files;
