@@ -72,7 +72,7 @@ InspectorModel::Shown InspectorModel::headOf(const Inspected& now) const {
     const ResolvedFile& file = *now.file;
     const State state = stateOf(model_, file);
     shown.empty = false;
-    shown.fileName = toQt(file.file.url.filename());
+    shown.fileName = nameToShow(file.file.url.filename());
     shown.state = QLatin1String(state.name);
     shown.verdict = tr(state.words);
     for (const std::string& reason : file.verdict.reasons()) shown.reasons << toQt(reason);

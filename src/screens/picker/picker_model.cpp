@@ -67,7 +67,7 @@ void PickerModel::end() {
 }
 
 QString PickerModel::fileName() const {
-    return file_ ? toQt(file_->url.filename()) : QString();
+    return file_ ? nameToShow(file_->url.filename()) : QString();
 }
 
 QString PickerModel::fileFacts() const {

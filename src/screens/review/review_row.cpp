@@ -46,7 +46,7 @@ void describe(ReviewRow& row, const LibraryItem& item, const AppModel& model) {
     row.line = parts.join(QStringLiteral(" · "));
     if (!row.line.isEmpty()) return;
     row.lineIsName = true;
-    row.line = toQt(item.files.front().file.url.filename());
+    row.line = nameToShow(item.files.front().file.url.filename());
 }
 
 }  // namespace

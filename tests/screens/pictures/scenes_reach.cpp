@@ -66,7 +66,7 @@ void menu(Stage& stage) {
     play("review-list", stage);
     for (QWindow* window : QGuiApplication::allWindows())
         if (QObject* entries = window->findChild<QObject*>(QStringLiteral("mainMenu")))
-            QMetaObject::invokeMethod(entries, "popup");
+            QMetaObject::invokeMethod(entries, "open");
 }
 
 void longNotice(Stage& stage) {

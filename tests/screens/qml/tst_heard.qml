@@ -8,11 +8,11 @@ Item {
     width: 100
     height: 100
 
-    MainWindow { id: window; width: 1280; height: 760 }
+    MainWindow { id: main; width: 1280; height: 760 }
 
-    TestCase {
+    WindowCase {
+        window: main
         name: "Heard"
-        when: windowShown
 
         readonly property var needName: [
             Accessible.Button, Accessible.CheckBox, Accessible.RadioButton, Accessible.ComboBox, Accessible.ProgressBar,
@@ -21,35 +21,6 @@ Item {
             Accessible.Row, Accessible.Heading, Accessible.StaticText, Accessible.Pane, Accessible.Grouping
         ]
 
-        function init() {
-            Stage.clear();
-            window.requestActivate();
-            tryVerify(() => window.active && window.activeFocusItem);
-        }
-        function cleanup() {
-            for (const name of ["settingsSheet", "aboutSheet", "keysSheet", "mainMenu", "clearHistory"]) {
-                const open = part(name);
-                open.close();
-                tryVerify(() => !open.visible);
-            }
-            App.picker.close();
-            Stage.clear();
-        }
-        function part(name) {
-            function look(object) {
-                if (!object) return null;
-                if (object.objectName === name) return object;
-                for (const list of [object.resources, object.children])
-                    for (let at = 0; list && at < list.length; ++at) {
-                        const found = look(list[at]);
-                        if (found) return found;
-                    }
-                return object.contentItem && object.contentItem.parent !== object ? look(object.contentItem) : null;
-            }
-            const found = look(window.contentItem);
-            verify(found, name + " is there");
-            return found;
-        }
         function heard() { return Stage.heard(window); }
         /// Whatever the keyboard reaches, and whatever can be pressed, has a role and a name.
         function checkNames(where) {

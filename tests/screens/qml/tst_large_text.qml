@@ -8,41 +8,11 @@ Item {
     width: 100
     height: 100
 
-    MainWindow { id: window; width: 720; height: 640 }
+    MainWindow { id: main; width: 720; height: 640 }
 
-    TestCase {
+    WindowCase {
+        window: main
         name: "LargeText"
-        when: windowShown
-
-        function init() {
-            Stage.clear();
-            window.requestActivate();
-            tryVerify(() => window.active && window.activeFocusItem);
-        }
-        function cleanup() {
-            for (const name of ["settingsSheet", "aboutSheet", "keysSheet", "mainMenu", "clearHistory"]) {
-                const open = part(name);
-                open.close();
-                tryVerify(() => !open.visible);
-            }
-            App.picker.close();
-            Stage.clear();
-        }
-        function part(name) {
-            function look(object) {
-                if (!object) return null;
-                if (object.objectName === name) return object;
-                for (const list of [object.resources, object.children])
-                    for (let at = 0; list && at < list.length; ++at) {
-                        const found = look(list[at]);
-                        if (found) return found;
-                    }
-                return object.contentItem && object.contentItem.parent !== object ? look(object.contentItem) : null;
-            }
-            const found = look(window.contentItem);
-            verify(found, name + " is there");
-            return found;
-        }
 
         function test_sizes_data() {
             const sizes = [];

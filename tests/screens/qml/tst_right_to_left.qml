@@ -9,48 +9,21 @@ Item {
     width: 100
     height: 100
 
-    MainWindow { id: window; width: 1280; height: 760 }
+    MainWindow { id: main; width: 1280; height: 760 }
     Glyph { id: onward; name: "chevronRight"; size: 32; color: "black" }
     Glyph { id: back; y: 40; name: "chevronLeft"; size: 32; color: "black" }
     Glyph { id: play; x: 40; name: "play"; size: 32; color: "black" }
 
-    TestCase {
+    WindowCase {
+        window: main
         name: "RightToLeft"
-        when: windowShown
 
-        function init() {
-            Stage.clear();
-            window.requestActivate();
-            tryVerify(() => window.active && window.activeFocusItem);
-            window.width = 1280;
+        /// Each case begins with it.
+        function turn() {
+            main.width = 1280;
             Stage.setRightToLeft(true);
         }
-        function cleanup() {
-            for (const name of ["settingsSheet", "aboutSheet", "keysSheet", "mainMenu"]) {
-                const open = part(name);
-                open.close();
-                tryVerify(() => !open.visible);
-            }
-            App.picker.close();
-            Stage.clear();
-        }
 
-        /// What opens over the window is no child of an item, but of what opens it.
-        function part(name) {
-            function look(object) {
-                if (!object) return null;
-                if (object.objectName === name) return object;
-                for (const list of [object.resources, object.children])
-                    for (let at = 0; list && at < list.length; ++at) {
-                        const found = look(list[at]);
-                        if (found) return found;
-                    }
-                return object.contentItem && object.contentItem.parent !== object ? look(object.contentItem) : null;
-            }
-            const found = look(window.contentItem);
-            verify(found, name + " is there");
-            return found;
-        }
         function inside(item, name) {
             const found = findChild(item, name);
             verify(found, name + " is there");
@@ -64,6 +37,7 @@ Item {
         }
 
         function test_tabs_are_at_the_right_and_buttons_at_the_left() {
+            turn();
             verify(Theme.mirrored);
             compare(rightOf(part("tab0")), window.width - Theme.s2);
             verify(rightOf(part("addButton")) < window.width / 2);
@@ -75,6 +49,7 @@ Item {
         }
 
         function test_a_row_begins_at_the_right_and_its_words_with_it() {
+            turn();
             placeFilms();
             App.tab = 0;
             const list = part("reviewList");
@@ -93,6 +68,7 @@ Item {
         }
 
         function test_words_are_aligned_at_the_side_where_rows_begin() {
+            turn();
             Stage.setNotice("2 files still need a look.");
             const words = findAll(part("notice"), each => each.text === "2 files still need a look." && each.lineCount)[0];
             compare(words.effectiveHorizontalAlignment, Text.AlignRight);
@@ -101,6 +77,7 @@ Item {
         }
 
         function test_the_inspector_is_at_the_left_beside_and_over_the_content() {
+            turn();
             placeFilms();
             Stage.inspect("Detour.mp4");
             const view = part("inspectorView");
@@ -117,6 +94,7 @@ Item {
         }
 
         function test_a_sheet_is_mirrored_too() {
+            turn();
             App.openSettings();
             const sheet = part("settingsSheet");
             tryVerify(() => sheet.opened);
@@ -128,6 +106,7 @@ Item {
         }
 
         function test_arrow_keys_follow_the_eye() {
+            turn();
             App.openSettings();
             const sheet = part("settingsSheet");
             tryVerify(() => sheet.opened);
@@ -141,6 +120,7 @@ Item {
         }
 
         function test_the_picker_lists_from_the_right_and_its_buttons_end_at_the_left() {
+            turn();
             Stage.place([{ name: "Sintel (2010).mkv", title: "Sintel", year: 2010, match: false }]);
             Stage.openPicker("Sintel (2010).mkv");
             const sheet = part("matchPicker");
@@ -169,7 +149,23 @@ Item {
             verify(grabImage(play).equals(playing), "time runs the same way everywhere");
         }
 
+        function test_names_of_files_are_read_from_the_left() {
+            turn();
+            const name = "שלום (2010).mp4";
+            Stage.place([{ name: name, title: "Shalom", year: 2010 }]);
+            Stage.inspect(name);
+            compare(App.inspector.fileName, "\u2066" + name + "\u2069");
+            Stage.openPicker(name);
+            compare(App.picker.fileName, "\u2066" + name + "\u2069");
+            App.picker.close();
+            Stage.clear();
+            Stage.place([{ name: "Charade.mp4", title: "Charade" }]);
+            Stage.inspect("Charade.mp4");
+            compare(App.inspector.fileName, "Charade.mp4");
+        }
+
         function test_progress_fills_from_the_right() {
+            turn();
             Stage.queueJobs(["a.mp4"]);
             App.tab = 1;
             App.queue.start();
@@ -182,6 +178,7 @@ Item {
         }
 
         function test_details_of_history_stand_under_their_title() {
+            turn();
             Stage.addHistory([{ title: "Sintel", name: "Sintel.mp4" }]);
             App.tab = 2;
             const list = part("historyList");

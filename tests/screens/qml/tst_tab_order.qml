@@ -9,40 +9,12 @@ Item {
     width: 100
     height: 100
 
-    MainWindow { id: window; width: 1280; height: 760 }
+    MainWindow { id: main; width: 1280; height: 760 }
 
-    TestCase {
-        id: tests
+    WindowCase {
+        window: main
         name: "TabOrder"
-        when: windowShown
 
-        function init() {
-            Stage.clear();
-            window.requestActivate();
-            tryVerify(() => window.active);
-        }
-        function cleanup() {
-            App.picker.close();
-            const sheet = part("settingsSheet");
-            sheet.close();
-            tryVerify(() => !sheet.visible);
-            Stage.clear();
-        }
-        function part(name) {
-            function look(object) {
-                if (!object) return null;
-                if (object.objectName === name) return object;
-                for (const list of [object.resources, object.children])
-                    for (let at = 0; list && at < list.length; ++at) {
-                        const found = look(list[at]);
-                        if (found) return found;
-                    }
-                return object.contentItem && object.contentItem.parent !== object ? look(object.contentItem) : null;
-            }
-            const found = look(window.contentItem);
-            verify(found, name + " is there");
-            return found;
-        }
         function nameOf(item) {
             return item.Accessible.name;
         }
