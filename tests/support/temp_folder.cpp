@@ -35,7 +35,7 @@ namespace {
 constexpr std::streamsize readBlock = 1 << 20;
 constexpr std::array<const char*, 4> homeVariables = {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
                                                       "XDG_CONFIG_HOME"};
-}
+}  // namespace
 
 OwnHome::OwnHome() {
     constexpr std::array<const char*, 4> places = {"", "data", "cache", "config"};
