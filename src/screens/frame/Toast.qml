@@ -28,7 +28,7 @@ Rectangle {
         property string last
         text: App.toast !== "" ? App.toast : last
         onTextChanged: last = text
-        color: Theme.dark ? Theme.ink : "#FFFFFF"
+        color: Theme.toastInk
         wrapMode: Text.Wrap
         maximumLineCount: 4
     }

@@ -71,7 +71,7 @@ GridView {
                 visible: cell.label !== ""
                 anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
                 height: name.implicitHeight + 6
-                color: Qt.rgba(0, 0, 0, 0.66)
+                color: Theme.veil
                 Words {
                     id: name
                     anchors.centerIn: parent
@@ -79,7 +79,7 @@ GridView {
                     horizontalAlignment: Text.AlignHCenter
                     text: cell.label
                     kind: Words.Small
-                    color: "white"
+                    color: Theme.veilInk
                     Accessible.ignored: true
                 }
             }

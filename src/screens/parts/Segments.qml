@@ -98,7 +98,7 @@ FocusScope {
                 }
                 background: Rectangle {
                     radius: 5
-                    color: segment.on ? (Theme.dark ? "#43474A" : Theme.card) : "transparent"
+                    color: segment.on ? Theme.segmentOn : "transparent"
                     border.width: segment.on && !Theme.dark ? 1 : 0
                     border.color: Theme.hairline
                 }

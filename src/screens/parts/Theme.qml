@@ -26,6 +26,13 @@ QtObject {
     readonly property color hover: tint(ink, 0.04)
     readonly property color selected: tint(accent, 0.14)
     readonly property color shade: Qt.rgba(0, 0, 0, dark ? 0.5 : 0.32)
+    /// The words of a passing message, whose ground is the ink of the light palette.
+    readonly property color toastInk: dark ? ink : "#FFFFFF"
+    readonly property color knob: "#FFFFFF"
+    readonly property color segmentOn: dark ? "#43474A" : card
+    /// Over a picture, and the words there: the same in both palettes.
+    readonly property color veil: Qt.rgba(0, 0, 0, 0.66)
+    readonly property color veilInk: "#FFFFFF"
 
     readonly property int s1: 4
     readonly property int s2: 8

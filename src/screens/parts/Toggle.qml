@@ -30,7 +30,7 @@ Switch {
             radius: width / 2
             y: 2
             x: (toggle.checked !== toggle.mirrored) ? parent.width - width - 2 : 2
-            color: "#FFFFFF"
+            color: Theme.knob
             Behavior on x { NumberAnimation { duration: Theme.motion; easing.type: Easing.OutQuad } }
         }
         FocusRing { shown: toggle.visualFocus; radius: height / 2 }
