@@ -62,6 +62,7 @@ FocusScope {
         FocusScope {
             anchors { left: parent.left; right: parent.right; top: quitting.bottom; bottom: parent.bottom }
             ReviewView {
+                id: review
                 objectName: "reviewView"
                 anchors.fill: parent
                 visible: App.tab === 0
@@ -111,9 +112,16 @@ FocusScope {
         closePolicy: Popup.CloseOnEscape | Popup.CloseOnPressOutside
         readonly property bool wanted: !root.wide && root.showsInspector
         onWantedChanged: wanted ? open() : close()
-        onClosed: if (wanted) App.inspectorShown = false
+        // Somebody closes it: by Escape, by a press beside it, or by pushing it away.
+        onAboutToHide: if (wanted) App.inspectorShown = false
         T.Overlay.modal: Rectangle { color: Theme.shade }
         background: Rectangle { color: Theme.window }
+        // The window's own keys rest beneath what is modal.
+        Shortcut {
+            sequence: "Ctrl+Alt+I"
+            enabled: over.visible
+            onActivated: App.inspectorShown = !App.inspectorShown
+        }
         Loader {
             anchors.fill: parent
             active: over.visible
@@ -150,8 +158,12 @@ FocusScope {
         border.color: Theme.accent
     }
 
+    // Over the content and above its foot, on top of every sheet.
     Toast {
-        anchors { horizontalCenter: content.horizontalCenter; bottom: parent.bottom; bottomMargin: 72 }
+        parent: over.parent
+        z: 1000
+        x: content.x + Math.round((content.width - width) / 2)
+        y: root.height - height - Theme.s4 - (App.tab === 0 ? review.foot : 0)
         mostWidth: content.width - 2 * Theme.s6
     }
 

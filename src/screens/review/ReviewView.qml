@@ -7,6 +7,8 @@ import Marlet
 FocusScope {
     id: view
 
+    /// What stands beneath the list, in pixels of height.
+    readonly property real foot: App.review.isEmpty ? 0 : bar.height + locked.height
     signal filesAsked()
 
     Shortcut {

@@ -5,6 +5,7 @@ import Marlet
 import MarletTest
 
 Item {
+    id: stand
     width: 1180
     height: 760
 
@@ -75,6 +76,72 @@ Item {
             tryVerify(() => toast.visible);
             compare(App.toast, "Added to Queue");
             tryVerify(() => !toast.visible, 8000);
+        }
+
+        function test_a_toast_is_on_top_of_an_open_sheet() {
+            Stage.place([{ name: "Charade.mkv", title: "Charade", match: false }]);
+            Stage.openPicker("Charade.mkv");
+            const sheet = findChild(root, "matchPicker");
+            tryVerify(() => sheet.opened);
+            Stage.say("Refreshed from TMDB.");
+            const toast = findChild(root, "toast");
+            tryCompare(toast, "opacity", 1);
+            // All that opens lies in the same layer, by its height there.
+            const layer = sheet.contentItem.parent.parent;
+            compare(toast.parent, layer);
+            for (const other of Array.from(layer.children))
+                if (other !== toast) verify(other.z < toast.z, other + " " + other.z);
+            App.picker.close();
+            tryVerify(() => !sheet.visible);
+        }
+
+        function test_a_toast_covers_none_of_the_controls_beneath_the_list() {
+            Stage.place([{ name: "Charade (1963).mp4", title: "Charade", year: 1963 }]);
+            const toast = findChild(root, "toast");
+            const list = findChild(root, "reviewList");
+            for (const width of [1180, 720]) {
+                stand.width = width;
+                tryCompare(root, "width", width);
+                Stage.say("Added to Queue");
+                tryVerify(() => toast.visible);
+                const foot = list.mapToItem(root, 0, list.height).y;
+                tryVerify(() => toast.mapToItem(root, 0, toast.height).y === foot - Theme.s4);
+            }
+            stand.width = 1180;
+            tryCompare(root, "width", 1180);
+        }
+
+        function test_the_key_of_the_inspector_closes_it_where_it_lies_over_the_content() {
+            stand.width = 800;
+            tryCompare(root, "width", 800);
+            const over = findChild(root, "inspectorSheet");
+            keyClick(Qt.Key_I, Qt.ControlModifier | Qt.AltModifier);
+            tryVerify(() => over.opened);
+            keyClick(Qt.Key_I, Qt.ControlModifier | Qt.AltModifier);
+            verify(!App.inspectorShown);
+            tryVerify(() => !over.visible);
+            App.inspectorShown = true;
+            tryVerify(() => over.opened);
+            keyClick(Qt.Key_Escape);
+            tryVerify(() => !App.inspectorShown && !over.visible);
+            stand.width = 1180;
+            tryCompare(root, "width", 1180);
+        }
+
+        function test_the_inspector_over_the_content_follows_a_change_of_mind() {
+            stand.width = 800;
+            tryCompare(root, "width", 800);
+            const over = findChild(root, "inspectorSheet");
+            App.inspectorShown = true;
+            tryVerify(() => over.opened);
+            App.inspectorShown = false;
+            App.inspectorShown = true;
+            tryVerify(() => over.opened && over.position === 1);
+            verify(App.inspectorShown);
+            App.inspectorShown = false;
+            tryVerify(() => !over.visible);
+            stand.width = 1180;
+            tryCompare(root, "width", 1180);
         }
 
         function test_clearing_history_asks_first() {
@@ -186,6 +253,9 @@ Item {
                 }
             }
             verify(contrast(Theme.accentInk, Theme.accent) >= 4.5);
+            verify(contrast(Theme.toastInk, Theme.dark ? Theme.raised : Theme.ink) >= 4.5);
+            verify(contrast(Theme.ink, Theme.segmentOn) >= 4.5);
+            verify(contrast(Theme.veilInk, over(Theme.veil, Qt.rgba(1, 1, 1, 1))) >= 4.5);
             verify(contrast(Theme.ink, over(Theme.selected, Theme.window)) >= 4.5);
             verify(contrast(Theme.quiet, over(Theme.selected, Theme.window)) >= 4.5);
         }
