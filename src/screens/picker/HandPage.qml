@@ -51,6 +51,7 @@ FocusScope {
                     text: page.form.season
                     field.inputMethodHints: Qt.ImhDigitsOnly
                     onEdited: value => page.form.season = value
+                    onAccepted: page.form.tag()
                 }
                 TextBox {
                     objectName: "handEpisode"
@@ -61,6 +62,7 @@ FocusScope {
                     text: page.form.episode
                     field.inputMethodHints: Qt.ImhDigitsOnly
                     onEdited: value => page.form.episode = value
+                    onAccepted: page.form.tag()
                 }
                 TextBox {
                     id: title

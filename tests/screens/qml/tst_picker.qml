@@ -252,6 +252,20 @@ TestCase {
         compare(now.episode, 47);
     }
 
+    function test_return_tags_by_hand_from_the_numbers_too_data() {
+        return [{ tag: "handSeason" }, { tag: "handEpisode" }];
+    }
+    function test_return_tags_by_hand_from_the_numbers_too(data) {
+        openShow([episode(47)], 47);
+        click("notListed");
+        part("handTitle").field.forceActiveFocus();
+        for (const letter of "Lens") keyClick(letter);
+        part(data.tag).field.forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        tryVerify(() => !App.picker.open);
+        compare(Stage.match(episode(47).name).episodeTitle, "Lens");
+    }
+
     function test_a_film_of_that_name_is_offered() {
         openShow([episode(47)], 47);
         click("notListed");
