@@ -78,8 +78,7 @@ Rectangle {
         }
         Column {
             visible: box.model.loading
-            x: Theme.px(18) + Theme.s2
-            width: parent.width - x
+            anchors { left: parent.left; right: parent.right; leftMargin: Theme.px(18) + Theme.s2 }
             spacing: 6
             Words {
                 objectName: "fetchingDetails"
@@ -94,8 +93,7 @@ Rectangle {
         }
         Flow {
             visible: box.model.failed
-            x: Theme.px(18) + Theme.s2
-            width: parent.width - x
+            anchors { left: parent.left; right: parent.right; leftMargin: Theme.px(18) + Theme.s2 }
             spacing: Theme.s2
             Words {
                 objectName: "detailsFailed"

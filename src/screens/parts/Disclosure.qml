@@ -37,6 +37,7 @@ Column {
         text: disclosure.content
         textFormat: TextEdit.PlainText
         wrapMode: TextEdit.Wrap
+        horizontalAlignment: TextEdit.AlignLeft
         readOnly: true
         selectByMouse: true
         color: Theme.quiet

@@ -99,6 +99,7 @@ Sheet {
                     text: sheet.model.credits.notices
                     textFormat: TextEdit.PlainText
                     wrapMode: TextEdit.Wrap
+                    horizontalAlignment: TextEdit.AlignLeft
                     readOnly: true
                     selectByMouse: true
                     activeFocusOnPress: false
