@@ -84,15 +84,15 @@ std::vector<ArtRow> InspectorArtwork::rowsOf(const Inspected& now, ArtworkStyle 
         add(ArtworkOption::fileKeepsIts(shape),
             ArtAddress::inFile(now.file->file.url, now.present->stamp), tr("In the file now"));
     const auto& options = style == ArtworkStyle::wide ? draft.wide : draft.tall;
-    for (const ArtworkOption& option : options) {
+    const auto offer = [&](const ArtworkOption& option) {
         const bool isApple = isApples(option);
         shown.fromApple = shown.fromApple || isApple;
         add(option, ArtAddress::remote(option.path, cellSize),
             isApple ? tr("Artwork from Apple") : QString());
-    }
+    };
+    for (const ArtworkOption& option : options) offer(option);
     // One that the season shares may not be among the episode's own.
-    if (chosen && !chosen->keepsFiles() && shown.chosen < 0)
-        add(*chosen, ArtAddress::remote(chosen->path, cellSize), {});
+    if (chosen && !chosen->keepsFiles() && shown.chosen < 0) offer(*chosen);
     return rows;
 }
 
