@@ -48,7 +48,7 @@ const std::vector<Entry>& entries() {
         {"review", review, "Delete", WORDS("Remove the selection from Review")},
         {"review", review, "Shift+F10", WORDS("The row's menu")},
 
-        {"inspector", inspector, "Ctrl+Z", WORDS("Undo my edits")},
+        {"inspector", inspector, "Ctrl+Z", WORDS("Take back the last edit")},
         {"inspector", inspector, "Ctrl+D",
          WORDS("What is in the file beside what will be written")},
 
