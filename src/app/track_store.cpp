@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "identify/asking.h"
 #include "identify/scanner.h"
 
 namespace marlet {
@@ -15,10 +16,14 @@ bool isMP4(const std::filesystem::path& file) {
 
 }  // namespace
 
+TrackStore::~TrackStore() {
+    life_.cancel();
+}
+
 Task<> TrackStore::load(Path file) {
     if (tracks_.contains(file) || !isMP4(file)) co_return;
     std::function<std::vector<InPlaceTrack>()> work = [file] { return InPlaceTracks::read(file); };
-    auto reading = Async::onWorker(std::move(work));
+    auto reading = Asking::orCancelled(Async::onWorker(std::move(work)), life_);
     std::vector<InPlaceTrack> tracks = co_await reading;
     // A loading that ended earlier may hold ticks already.
     const bool isFirst = tracks_.try_emplace(file, std::move(tracks)).second;

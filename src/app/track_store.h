@@ -16,6 +16,12 @@ class TrackStore {
 public:
     using Path = std::filesystem::path;
 
+    TrackStore() = default;
+    /// Lets go whoever waits here.
+    ~TrackStore();
+    TrackStore(const TrackStore&) = delete;
+    TrackStore& operator=(const TrackStore&) = delete;
+
     /// Reads the file on a worker, unless it was read before. Ignored for what isn't an MP4.
     Task<> load(Path file);
     const std::vector<InPlaceTrack>* find(const Path& file) const;
@@ -35,6 +41,7 @@ public:
 private:
     std::map<Path, std::vector<InPlaceTrack>> tracks_;
     std::map<Path, std::vector<int>> wishes_;
+    CancelToken life_;
 };
 
 }  // namespace marlet
