@@ -271,6 +271,7 @@ Task<WriteOutcome> WriteQueue::work(std::size_t index) {
     jobs_[index].state = State::running;
     // A pause in force holds only the job that was running when it was made.
     control_ = std::make_shared<RunControl>();
+    control_->expectRecord();
     jobsChanged();
     const std::shared_ptr<RunControl> control = control_;
     const auto request = std::make_shared<const WriteRequest>(jobs_[index].request);
@@ -331,27 +332,31 @@ void WriteQueue::take(const std::string& step, double fraction, std::size_t inde
 }
 
 Task<> WriteQueue::finish(std::size_t index, WriteOutcome outcome) {
-    control_.reset();
+    const std::shared_ptr<RunControl> control = std::exchange(control_, nullptr);
     // The list is closed while a run is on.
     Job& job = jobs_[index];
     job.fraction = 1;
     job.state = stateOf(outcome.status);
     job.outcome = outcome;
     if (outcome.status == WriteOutcome::Status::stopped) cancelled_ = true;
-    if (outcome.status != WriteOutcome::Status::cancelled) {
-        auto recording = record(entryOf(job, outcome, batch_));
-        co_await recording;
-    }
+    std::optional<HistoryEntry> entry;
+    if (outcome.status != WriteOutcome::Status::cancelled) entry = entryOf(job, outcome, batch_);
+    auto recording = record(std::move(entry));
+    if (control) control->settle();
+    // All at once, or whoever ends the program meanwhile would keep a film that is done.
     if (job.state == State::done) dropAtoms(job.request);
     jobsChanged();
     if (job.state == State::done && !job.request.isRestore() && onDone) onDone(job.request.file);
+    // The next job begins when the record of this one is on the disk.
+    co_await recording;
 }
 
-/// The next job begins when the record of this one is on the disk.
-Task<> WriteQueue::record(HistoryEntry entry) {
+/// Hands it over before it returns.
+Task<> WriteQueue::record(std::optional<HistoryEntry> entry) {
+    if (!entry) co_return;
     const CancelToken life = life_;
     try {
-        auto appending = history_.appendSoon(std::move(entry));
+        auto appending = history_.appendSoon(*std::move(entry));
         co_await appending;
     } catch (const CancelError&) {
         throw;

@@ -94,7 +94,7 @@ private:
     Task<> run();
     Task<WriteOutcome> work(std::size_t index);
     Task<> finish(std::size_t index, WriteOutcome outcome);
-    Task<> record(HistoryEntry entry);
+    Task<> record(std::optional<HistoryEntry> entry);
     StepProgress progressOf(std::size_t index, std::string id);
     void take(const std::string& step, double fraction, std::size_t index, const std::string& id);
     int count(Job::State state) const;

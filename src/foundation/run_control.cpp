@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "foundation/errors.h"
 
@@ -12,6 +13,7 @@ namespace {
 // Never held together with a control's own mutex.
 std::mutex criticalLock;
 int criticalCount = 0;       // guarded by criticalLock
+int owedCount = 0;           // guarded by criticalLock
 bool closedForQuit = false;  // guarded by criticalLock
 
 /// The process ends within moments; whoever comes here must not touch a file any more.
@@ -20,6 +22,10 @@ bool closedForQuit = false;  // guarded by criticalLock
 }
 
 }  // namespace
+
+RunControl::~RunControl() {
+    settle();
+}
 
 void RunControl::pause() {
     const std::lock_guard guard(mutex_);
@@ -55,9 +61,12 @@ void RunControl::checkpoint() {
 }
 
 void RunControl::setCritical(bool on) {
+    bool owesNow = false;
     {
         const std::lock_guard guard(mutex_);
         critical_ = on;
+        owesNow = on && expectsRecord_ && !owesRecord_;
+        if (owesNow) owesRecord_ = true;
         // A job parked in a checkpoint on another thread must see it.
         cond_.notify_all();
     }
@@ -67,6 +76,27 @@ void RunControl::setCritical(bool on) {
         waitForTheEnd();
     }
     criticalCount += on ? 1 : -1;
+    if (owesNow) owedCount++;
+}
+
+void RunControl::expectRecord() {
+    const std::lock_guard guard(mutex_);
+    expectsRecord_ = true;
+}
+
+void RunControl::settle() {
+    {
+        const std::lock_guard guard(mutex_);
+        expectsRecord_ = false;
+        if (!std::exchange(owesRecord_, false)) return;
+    }
+    const std::lock_guard guard(criticalLock);
+    owedCount--;
+}
+
+bool RunControl::endMustWait() {
+    const std::lock_guard guard(criticalLock);
+    return criticalCount > 0 || owedCount > 0;
 }
 
 bool RunControl::criticalActive() {
@@ -76,7 +106,7 @@ bool RunControl::criticalActive() {
 
 bool RunControl::closeForQuit() {
     const std::lock_guard guard(criticalLock);
-    if (criticalCount > 0) return false;
+    if (criticalCount > 0 || owedCount > 0) return false;
     closedForQuit = true;
     return true;
 }

@@ -16,6 +16,11 @@ using StepProgress = std::function<void(const std::string& label, double fractio
 /// While a file is being changed the job is critical, and neither holds nor stops it.
 class RunControl {
 public:
+    RunControl() = default;
+    ~RunControl();
+    RunControl(const RunControl&) = delete;
+    RunControl& operator=(const RunControl&) = delete;
+
     void pause();
     void resume();
     /// Leaves the pause as it is: the checkpoint sees the cancel while it waits.
@@ -30,19 +35,29 @@ public:
     /// Every true is paired with exactly one false; use CriticalSection rather than this.
     void setCritical(bool on);
 
+    /// Once this job has been critical, the program doesn't end before settle(): somebody keeps a
+    /// record of what was done to the file.
+    void expectRecord();
+    /// The record is in good hands, or nobody waits for it any more.
+    void settle();
+
     /// True while any job of this process is in a critical section.
     static bool criticalActive();
+    /// True then, and while a record is owed.
+    static bool endMustWait();
 
-    /// For the very end of the program: true when no job is in a critical section, and then none
-    /// can enter one any more (it waits for the process to end), so that the answer stays true.
+    /// For the very end of the program: true when it needn't wait, and then no job can enter a
+    /// critical section any more (it waits for the process to end), so that the answer stays true.
     static bool closeForQuit();
 
 private:
     mutable std::mutex mutex_;
     std::condition_variable cond_;
-    bool paused_ = false;     // guarded by mutex_
-    bool cancelled_ = false;  // guarded by mutex_
-    bool critical_ = false;   // guarded by mutex_
+    bool paused_ = false;         // guarded by mutex_
+    bool cancelled_ = false;      // guarded by mutex_
+    bool critical_ = false;       // guarded by mutex_
+    bool expectsRecord_ = false;  // guarded by mutex_
+    bool owesRecord_ = false;     // guarded by mutex_
 };
 
 /// Holds a job in its critical section for as long as it lives.

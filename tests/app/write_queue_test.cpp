@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <condition_variable>
+#include <filesystem>
+#include <future>
 #include <mutex>
 #include <thread>
 
 #include "app/history.h"
+#include "foundation/copy_lock.h"
 #include "foundation/errors.h"
+#include "foundation/paths.h"
 #include "foundation/tool_runner.h"
 #include "foundation/work_area.h"
 #include "support/qt_app.h"
@@ -403,20 +408,41 @@ TEST_F(WriteQueueTest, TheNextJobBeginsWhenTheRecordOfTheOneBeforeIsInHistorysFi
 }
 
 TEST_F(WriteQueueTest, AQueueThatGoesWhileARecordIsWrittenIsNotTouchedAfterwards) {
+    std::filesystem::create_directories(Paths::documentsDir());
+    CopyLock other(Paths::historyFile());
+    ASSERT_EQ(other.take(), CopyLock::Holder::Us);
+    history_.setPatience({.longest = 60s});
     {
-        bool isDone = false;
         WriteQueue queue(history_, [](const auto&, auto&, const auto&) {
             return WriteOutcome{.status = Status::done};
         });
-        queue.onDone = [&](const auto&) { isDone = true; };
         queue.add({job("a")});
         queue.start();
         while (queue.doneCount() == 0) Async::wait(Async::sleep(1ms));
-        // The job has ended; its record is written or on its way.
-        EXPECT_TRUE(!isDone || queue.finished());
+        EXPECT_TRUE(queue.active()) << "the record waits for the other copy";
     }
+    other.release();
     EXPECT_TRUE(Async::settle(20s));
     EXPECT_EQ(HistoryStore().entries().size(), 1u);
+}
+
+TEST_F(WriteQueueTest, TheProgramDoesNotEndBetweenAChangeAndItsRecord) {
+    std::promise<void> mayEnd;
+    std::atomic<bool> hasChanged = false;
+    WriteQueue queue(history_, [&](const auto&, RunControl& control, const auto&) {
+        { const CriticalSection changing(control); }
+        hasChanged = true;
+        mayEnd.get_future().wait();
+        return WriteOutcome{.status = Status::done};
+    });
+    queue.add({job("a")});
+    queue.start();
+    while (!hasChanged) Async::wait(Async::sleep(1ms));
+    EXPECT_FALSE(RunControl::criticalActive());
+    EXPECT_TRUE(RunControl::endMustWait());
+    mayEnd.set_value();
+    while (queue.active()) Async::wait(Async::sleep(1ms));
+    EXPECT_FALSE(RunControl::endMustWait());
 }
 
 }  // namespace

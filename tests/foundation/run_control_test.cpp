@@ -104,4 +104,27 @@ TEST(RunControl, ACancelIsDescribedAsCancelled) {
     EXPECT_STREQ(CancelError().what(), "cancelled");
 }
 
+TEST(RunControl, AChangedFileHoldsTheEndUpUntilItsRecordIsInGoodHands) {
+    RunControl unrecorded;
+    {
+        const CriticalSection changing(unrecorded);
+        EXPECT_TRUE(RunControl::endMustWait());
+    }
+    EXPECT_FALSE(RunControl::endMustWait());
+    RunControl control;
+    control.expectRecord();
+    EXPECT_FALSE(RunControl::endMustWait()) << "nothing was changed yet";
+    for (int i = 0; i < 2; i++) const CriticalSection changing(control);
+    EXPECT_FALSE(RunControl::criticalActive());
+    EXPECT_TRUE(RunControl::endMustWait());
+    control.settle();
+    EXPECT_FALSE(RunControl::endMustWait());
+    {
+        RunControl abandoned;
+        abandoned.expectRecord();
+        const CriticalSection changing(abandoned);
+    }
+    EXPECT_FALSE(RunControl::endMustWait());
+}
+
 }  // namespace marlet

@@ -192,7 +192,7 @@ void Screens::quit() {
 void Screens::endSession(const std::function<void()>& askToWait) {
     model_.keepNow();
     // Otherwise whoever ends the session ends the program as well, or changes their mind.
-    if (!RunControl::criticalActive()) return;
+    if (!RunControl::endMustWait()) return;
     askToWait();
     quit();
 }
