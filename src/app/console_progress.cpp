@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <utility>
 
 #include "app/app_model.h"
 
@@ -21,11 +22,14 @@ bool ConsoleProgress::isWanted() {
 }
 
 ConsoleProgress::ConsoleProgress(AppModel& model) : model_(model), overwrites_(isWanted()) {
-    model_.onChanged = [this] { tell(); };
+    before_ = std::exchange(model_.onChanged, [this] {
+        if (before_) before_();
+        tell();
+    });
 }
 
 ConsoleProgress::~ConsoleProgress() {
-    model_.onChanged = nullptr;
+    model_.onChanged = std::move(before_);
     if (overwrites_) std::fputs("\r\033[K", stderr);
 }
 

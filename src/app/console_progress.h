@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace marlet {
@@ -7,7 +8,8 @@ namespace marlet {
 class AppModel;
 
 /// Tells on standard error what a scripted run is doing, a line each time something new begins;
-/// on a terminal the line is written over. Listens to the model for as long as it lives.
+/// on a terminal the line is written over. Listens to the model for as long as it lives, along with
+/// whoever listened before.
 class ConsoleProgress {
 public:
     explicit ConsoleProgress(AppModel& model);
@@ -23,6 +25,7 @@ private:
     std::string now() const;
 
     AppModel& model_;
+    std::function<void()> before_;
     std::string last_;
     bool overwrites_ = false;
 };

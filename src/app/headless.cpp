@@ -181,9 +181,9 @@ std::unique_ptr<RunLines> runLines(const Options& options) {
 Task<Run> runIfRequested(AppModel& model, Options options, Shots* shots) {
     trace(options, "entered");
     applyForTheRun(options);
-    std::optional<ConsoleProgress> progress;
-    if (options.progress || ConsoleProgress::isWanted()) progress.emplace(model);
     auto mode = modeOf(model, options, shots);
+    std::optional<ConsoleProgress> progress;
+    if (mode && (options.progress || ConsoleProgress::isWanted())) progress.emplace(model);
     Run run{.end = endsTheProgram(options)};
     if (mode) {
         const RunEnd ended = co_await *mode;
