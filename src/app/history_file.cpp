@@ -105,14 +105,14 @@ HistoryFile::Content HistoryFile::write() {
 
 std::optional<HistoryFile::Content> HistoryFile::writeAtQuit(std::chrono::milliseconds patience) {
     const std::unique_lock guard(writing_, patience);
-    if (!guard.owns_lock() || !hasHanded()) return std::nullopt;
+    if (!guard.owns_lock() || !(hasHanded() || isUnsaved_)) return std::nullopt;
     return writeHanded();
 }
 
 HistoryFile::Content HistoryFile::writeHanded() {
     const std::deque<Change> changes = takeHanded();
-    if (changes.empty()) return content();
-    isLoaded_ = true;
+    if (changes.empty() && !isUnsaved_) return content();
+    isLoaded_ = isUnsaved_ = true;
     makeFolder();
     const HistoryTurn turn(patience_);
     FileHandle old = look();
@@ -233,6 +233,7 @@ void HistoryFile::save(const FileHandle& old) {
         if (!addToFile(old)) replaceFile();
         entriesAt_ = 2;
         unsaved_ = 0;
+        isUnsaved_ = false;
     } catch (const std::exception&) {
         // History never fails a job; what is in memory is written again at the next append.
     }

@@ -60,6 +60,7 @@ private:
     bool isLoaded_ = false;
     HistoryList entries_;
     std::uint64_t revision_ = 0;
+    bool isUnsaved_ = false;              ///< the file isn't yet what it is to be
     std::size_t unsaved_ = 0;             ///< of the newest ones, those not in the file
     bool damaged_ = false;                ///< the file exists but could not be read
     bool unreadable_ = false;             ///< this time; that says nothing about the file

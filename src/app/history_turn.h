@@ -8,9 +8,10 @@
 namespace marlet {
 
 /// How long History waits for another running copy of the program. One that hangs is waited for
-/// in full once, and hardly at all from then on.
+/// in full once, and hardly at all from then on, until it has let go.
 struct HistoryPatience {
     std::chrono::milliseconds longest{5000};
+    bool isAtItsEnd = false;
     /// For tests, which don't wait.
     std::function<void(std::chrono::milliseconds)> sleep;
 };

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "app/history.h"
+#include "app/history_entries.h"
 #include "app/history_json.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
@@ -19,18 +20,6 @@ namespace marlet::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-HistoryEntry entry(const std::string& title) {
-    HistoryEntry entry;
-    entry.id = "id of " + title;
-    entry.date = Moment(std::chrono::seconds(1'700'000'000));
-    entry.path = "/films/" + title + ".mp4";
-    entry.title = title;
-    entry.isMovie = true;
-    entry.result = "done";
-    entry.size = 1234;
-    return entry;
-}
 
 constexpr const char* oldEntry =
     R"({"id":"A","date":"2020-01-02T03:04:05Z","path":"/a.mp4","title":"Old","isMovie":true,)"
@@ -64,7 +53,7 @@ protected:
     void expectReplaced() {
         HistoryStore store;
         EXPECT_TRUE(store.entries().empty());
-        store.append(entry("New"));
+        store.append(doneEntry("New"));
         EXPECT_EQ(titles(), "New ");
         EXPECT_EQ(filesAside(), 1u);
     }
@@ -75,8 +64,8 @@ TEST_F(HistoryFile, NewEntriesGoInFrontOfWhatStandsThereHoweverItIsWritten) {
     for (const std::string before : {"[", "\xEF\xBB\xBF [\r\n\t", "[\n  "}) {
         write(before + oldEntry + "\n]  \n");
         HistoryStore store;
-        store.append(entry("Second"));
-        store.append(entry("Third"));
+        store.append(doneEntry("Second"));
+        store.append(doneEntry("Third"));
         EXPECT_EQ(titles(), "Third Second Old ");
         EXPECT_EQ(HistoryStore().entries().size(), 3u);
         EXPECT_EQ(filesAside(), 0u);
@@ -85,7 +74,7 @@ TEST_F(HistoryFile, NewEntriesGoInFrontOfWhatStandsThereHoweverItIsWritten) {
 
 TEST_F(HistoryFile, WhatANewerVersionAddedToAnEntryStaysWhenAnotherEntryIsAppended) {
     writeWith("\"size\":1", "\"size\":1,\"rating\":{\"stars\":[1,{\"of\":5}]}");
-    HistoryStore().append(entry("New"));
+    HistoryStore().append(doneEntry("New"));
     EXPECT_TRUE(Text::contains(text(), R"("rating":{"stars":[1,{"of":5}]})"));
     EXPECT_EQ(HistoryStore().entries().size(), 2u);
 }
@@ -93,10 +82,10 @@ TEST_F(HistoryFile, WhatANewerVersionAddedToAnEntryStaysWhenAnotherEntryIsAppend
 TEST_F(HistoryFile, TheEmptyListAndTheFirstEntryMakeAValidFile) {
     write(" [ ] ");
     HistoryStore store;
-    store.append(entry("First"));
+    store.append(doneEntry("First"));
     EXPECT_EQ(titles(), "First ");
     store.clear();
-    store.append(entry("Other"));
+    store.append(doneEntry("Other"));
     EXPECT_EQ(titles(), "Other ");
 }
 
@@ -194,7 +183,7 @@ TEST_F(HistoryFile, AbsentAndNullAreTheSameAndWholeNumbersMayHaveAPoint) {
 }
 
 TEST_F(HistoryFile, TextOfNoEncodingIsWrittenReadably) {
-    HistoryEntry odd = entry("Odd");
+    HistoryEntry odd = doneEntry("Odd");
     odd.id = odd.title = odd.result = odd.message = "a\xff";
     odd.show = odd.batchID = odd.posterPath = odd.how = odd.summary =
         odd.changes.emplace_back("\xff");
@@ -215,10 +204,10 @@ TEST_F(HistoryFile, AFailureOfAnyStepIsSwallowedAndTheEntryIsWrittenWithTheNextO
         const std::string title = std::to_string(n++);
         {
             const Sys::Fault fault(call, EACCES, 1, true);
-            EXPECT_NO_THROW(store.append(entry(title + "a")));
+            EXPECT_NO_THROW(store.append(doneEntry(title + "a")));
             EXPECT_EQ(store.entries().size(), before + 1);
         }
-        store.append(entry(title + "b"));
+        store.append(doneEntry(title + "b"));
         expected = title + "b " + title + "a " + expected;
         EXPECT_EQ(titles(), expected);
         EXPECT_EQ(filesAside(), 0u);
@@ -234,11 +223,11 @@ TEST_F(HistoryFile, AShortageOrADiskThatDoesNotAnswerIsNoDamage) {
             {
                 const Sys::Fault fault(call, error, 1, true, HistoryStore::file());
                 EXPECT_TRUE(store.entries().empty());
-                store.append(entry("New"));
+                store.append(doneEntry("New"));
                 EXPECT_EQ(store.entries().size(), 1u);
             }
             EXPECT_EQ(text(), before) << error;
-            store.append(entry("Last"));
+            store.append(doneEntry("Last"));
             EXPECT_EQ(titles(), "Last New Old ") << error;
             EXPECT_EQ(filesAside(), 0u);
         }
@@ -250,10 +239,10 @@ TEST_F(HistoryFile, DamageIsNotForgottenOverAShortage) {
     EXPECT_TRUE(store.entries().empty());
     {
         const Sys::Fault fault(Sys::Call::Open, EMFILE, 1, true, HistoryStore::file());
-        store.append(entry("New"));
+        store.append(doneEntry("New"));
         EXPECT_EQ(filesAside(), 0u);
     }
-    store.append(entry("Last"));
+    store.append(doneEntry("Last"));
     EXPECT_EQ(titles(), "Last New ");
     EXPECT_EQ(filesAside(), 1u);
 }
@@ -267,34 +256,34 @@ TEST_F(HistoryFile, WhatCannotBeReadJustNowIsClearedAllTheSame) {
     }
     EXPECT_EQ(titles(), "");
     EXPECT_EQ(filesAside(), 0u);
-    store.append(entry("New"));
+    store.append(doneEntry("New"));
     EXPECT_EQ(titles(), "New ");
 }
 
 TEST_F(HistoryFile, AFullDiskLeavesTheOldFileAsItWas) {
     HistoryStore store;
-    store.append(entry("Old"));
+    store.append(doneEntry("Old"));
     const std::string before = text();
     {
         const Sys::Fault fault(Sys::Call::Write, ENOSPC, 1, true);
-        store.append(entry("New"));
+        store.append(doneEntry("New"));
         EXPECT_EQ(text(), before);
         EXPECT_EQ(filesAside(), 0u);
     }
-    HistoryStore().append(entry("Other"));
-    store.append(entry("Last"));
+    HistoryStore().append(doneEntry("Other"));
+    store.append(doneEntry("Last"));
     EXPECT_EQ(titles(), "Last New Other Old ");
 }
 
 TEST_F(HistoryFile, AnEntryThatGotThereBeforeAFailureIsNotWrittenTwice) {
     HistoryStore store;
-    store.append(entry("Old"));
+    store.append(doneEntry("Old"));
     {
         // The folder's, behind the file's own and the renaming.
         const Sys::Fault fault(Sys::Call::Flush, EIO, 2, true);
-        store.append(entry("New"));
+        store.append(doneEntry("New"));
     }
-    store.append(entry("Last"));
+    store.append(doneEntry("Last"));
     EXPECT_EQ(titles(), "Last New Old ");
 }
 
@@ -303,7 +292,7 @@ TEST_F(HistoryFile, TwoRunningCopiesAtOnceLoseNothing) {
     const auto append = [](const std::string& name) {
         HistoryStore store;
         for (int i = 0; i < each; i++) {
-            store.append(entry(name + std::to_string(i)));
+            store.append(doneEntry(name + std::to_string(i)));
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     };
@@ -316,39 +305,39 @@ TEST_F(HistoryFile, TwoRunningCopiesAtOnceLoseNothing) {
 TEST_F(HistoryFile, WhatAnotherCopyClearedDoesNotComeBack) {
     HistoryStore one;
     HistoryStore other;
-    one.append(entry("Gone"));
+    one.append(doneEntry("Gone"));
     EXPECT_EQ(other.entries().size(), 1u);
     one.clear();
-    other.append(entry("New"));
+    other.append(doneEntry("New"));
     EXPECT_EQ(titles(), "New ");
 }
 
 TEST_F(HistoryFile, WhatAnotherCopyDamagedOrRemovedIsWrittenWholeAgain) {
     HistoryStore store;
-    store.append(entry("First"));
+    store.append(doneEntry("First"));
     write("half a fi");
-    store.append(entry("Second"));
+    store.append(doneEntry("Second"));
     EXPECT_EQ(titles(), "Second First ");
     EXPECT_EQ(filesAside(), 1u);
     fs::remove(HistoryStore::file());
-    store.append(entry("Third"));
+    store.append(doneEntry("Third"));
     EXPECT_EQ(titles(), "Third Second First ");
 }
 
 TEST_F(HistoryFile, OneThatNobodyChangedIsNotReadAgain) {
     HistoryStore store;
-    store.append(entry("First"));
+    store.append(doneEntry("First"));
     {
         // What can't be copied from it is written anew.
         const Sys::Fault fault(Sys::Call::Read, EIO, 1, true, HistoryStore::file());
-        store.append(entry("Second"));
+        store.append(doneEntry("Second"));
     }
     EXPECT_EQ(titles(), "Second First ");
 }
 
 TEST_F(HistoryFile, ARowStaysWholeWhenHistoryIsCleared) {
     HistoryStore store;
-    store.append(entry("Film"));
+    store.append(doneEntry("Film"));
     const HistoryList kept = store.entries();
     store.clear();
     EXPECT_EQ(kept.front().title, "Film");

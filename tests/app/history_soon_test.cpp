@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "app/history.h"
+#include "app/history_entries.h"
 #include "app/model_fixture.h"
 #include "foundation/paths.h"
 
@@ -15,16 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-HistoryEntry entry(const std::string& title) {
-    HistoryEntry entry;
-    entry.id = "id of " + title;
-    entry.date = Moment(std::chrono::seconds(1'700'000'000));
-    entry.path = "/films/" + title + ".mp4";
-    entry.title = title;
-    entry.result = "done";
-    return entry;
-}
 
 std::vector<std::string> titlesOf(const HistoryList& entries) {
     std::vector<std::string> titles;
@@ -36,7 +27,7 @@ class HistorySoon : public testing::Test {
 protected:
     HistorySoon() {
         qtApp();
-        HistoryStore().append(entry("Old"));
+        HistoryStore().append(doneEntry("Old"));
         store.emplace();
         store->onChanged = [this] { told++; };
     }
@@ -64,7 +55,7 @@ TEST_F(HistorySoon, NothingIsKnownUntilAWorkerHasReadTheFile) {
 
 TEST_F(HistorySoon, WhatIsAppendedBeforeTheFileWasReadComesOnTopOfWhatIsInThere) {
     auto loading = store->load();
-    auto appending = store->appendSoon(entry("New"));
+    auto appending = store->appendSoon(doneEntry("New"));
     Async::wait(std::move(appending));
     Async::wait(std::move(loading));
     EXPECT_THAT(titlesOf(store->known()), ElementsAre("New", "Old"));
@@ -72,8 +63,8 @@ TEST_F(HistorySoon, WhatIsAppendedBeforeTheFileWasReadComesOnTopOfWhatIsInThere)
 }
 
 TEST_F(HistorySoon, WhatIsAppendedByARunThatNeverReadTheFileComesOnTopToo) {
-    auto first = store->appendSoon(entry("First"));
-    auto second = store->appendSoon(entry("Second"));
+    auto first = store->appendSoon(doneEntry("First"));
+    auto second = store->appendSoon(doneEntry("Second"));
     EXPECT_THAT(store->known(), IsEmpty()) << "nobody has waited";
     Async::wait(std::move(first));
     Async::wait(std::move(second));
@@ -84,7 +75,7 @@ TEST_F(HistorySoon, WhatIsAppendedByARunThatNeverReadTheFileComesOnTopToo) {
 TEST_F(HistorySoon, AnOlderContentThatComesBackLateIsPassedOver) {
     auto loading = store->load();
     // Waits for the worker's look at the file, whose answer is still on its way.
-    store->append(entry("New"));
+    store->append(doneEntry("New"));
     EXPECT_THAT(titlesOf(store->known()), ElementsAre("New", "Old"));
     Async::wait(std::move(loading));
     EXPECT_THAT(titlesOf(store->known()), ElementsAre("New", "Old"));
@@ -92,7 +83,7 @@ TEST_F(HistorySoon, AnOlderContentThatComesBackLateIsPassedOver) {
 
 TEST_F(HistorySoon, ClearingHoldsForWhatWasThereAndNotForWhatComesLater) {
     auto clearing = store->clearSoon();
-    auto appending = store->appendSoon(entry("New"));
+    auto appending = store->appendSoon(doneEntry("New"));
     Async::wait(std::move(clearing));
     Async::wait(std::move(appending));
     EXPECT_THAT(titlesOf(store->known()), ElementsAre("New"));
@@ -100,7 +91,7 @@ TEST_F(HistorySoon, ClearingHoldsForWhatWasThereAndNotForWhatComesLater) {
 }
 
 TEST_F(HistorySoon, TheEndOfTheProgramWritesWhatNoWorkerHasGotRoundTo) {
-    auto appending = store->appendSoon(entry("New"));
+    auto appending = store->appendSoon(doneEntry("New"));
     store->keepNow();
     EXPECT_THAT(inFile(), ElementsAre("New", "Old"));
     Async::wait(std::move(appending));
@@ -109,7 +100,7 @@ TEST_F(HistorySoon, TheEndOfTheProgramWritesWhatNoWorkerHasGotRoundTo) {
 
 TEST_F(HistorySoon, AStoreThatGoesLosesNothingAndIsNotTouchedAfterwards) {
     auto loading = store->load();
-    auto appending = store->appendSoon(entry("New"));
+    auto appending = store->appendSoon(doneEntry("New"));
     store.reset();
     EXPECT_THROW(Async::wait(std::move(loading)), CancelError);
     EXPECT_THROW(Async::wait(std::move(appending)), CancelError);
@@ -121,12 +112,22 @@ TEST_F(HistorySoon, AStoreThatGoesLosesNothingAndIsNotTouchedAfterwards) {
 TEST_F(HistorySoon, WhatCouldNotBeWrittenIsWrittenWithTheNextEntry) {
     {
         const Sys::Fault full(Sys::Call::Write, ENOSPC, 1, true);
-        Async::wait(store->appendSoon(entry("First")));
+        Async::wait(store->appendSoon(doneEntry("First")));
     }
     EXPECT_THAT(titlesOf(store->known()), ElementsAre("First", "Old"));
     EXPECT_THAT(inFile(), ElementsAre("Old"));
-    Async::wait(store->appendSoon(entry("Second")));
+    Async::wait(store->appendSoon(doneEntry("Second")));
     EXPECT_THAT(inFile(), ElementsAre("Second", "First", "Old"));
+}
+
+TEST_F(HistorySoon, WhatCouldNotBeWrittenIsTriedOnceMoreAtTheEnd) {
+    {
+        const Sys::Fault full(Sys::Call::Write, ENOSPC, 1, true);
+        Async::wait(store->appendSoon(doneEntry("First")));
+    }
+    EXPECT_THAT(inFile(), ElementsAre("Old"));
+    store->keepNow();
+    EXPECT_THAT(inFile(), ElementsAre("First", "Old"));
 }
 
 class Tidying : public ModelTest {};

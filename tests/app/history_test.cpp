@@ -1,4 +1,5 @@
 #include "app/history.h"
+#include "app/history_entries.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -14,21 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-HistoryEntry entry(const std::string& title) {
-    HistoryEntry entry;
-    entry.id = "00000000-0000-4000-8000-" + title;
-    entry.date = Moment(std::chrono::seconds(1'700'000'000));
-    entry.path = "/films/" + title + ".mp4";
-    entry.title = title;
-    entry.isMovie = true;
-    entry.result = "done";
-    entry.message = "Details written";
-    entry.size = 1234;
-    return entry;
-}
-
 HistoryEntry full() {
-    HistoryEntry all = entry("Pilot");
+    HistoryEntry all = doneEntry("Pilot");
     all.show = "A Show";
     all.season = 1;
     all.episode = 2;
@@ -57,18 +45,18 @@ protected:
 TEST_F(History, WhatWasAppendedIsReadBackNewestFirst) {
     {
         HistoryStore store;
-        store.append(entry("First"));
+        store.append(doneEntry("First"));
         store.append(full());
     }
     const HistoryStore again;
     ASSERT_EQ(again.entries().size(), 2u);
     EXPECT_EQ(again.entries()[0], full());
-    EXPECT_EQ(again.entries()[1], entry("First"));
+    EXPECT_EQ(again.entries()[1], doneEntry("First"));
 }
 
 TEST_F(History, TheFileIsReadWhenItIsFirstNeededSoThatAScanDoesNotWaitForIt) {
     const HistoryStore store;
-    HistoryStore().append(entry("Later"));
+    HistoryStore().append(doneEntry("Later"));
     EXPECT_EQ(store.entries().size(), 1u);
 }
 
@@ -97,7 +85,7 @@ TEST_F(History, AMalformedFileGivesAnEmptyListAndTheFirstAppendMakesAFreshValidF
     {
         HistoryStore store;
         EXPECT_TRUE(store.entries().empty());
-        store.append(entry("New"));
+        store.append(doneEntry("New"));
     }
     const HistoryStore again;
     ASSERT_EQ(again.entries().size(), 1u);
@@ -107,7 +95,7 @@ TEST_F(History, AMalformedFileGivesAnEmptyListAndTheFirstAppendMakesAFreshValidF
 TEST_F(History, AFileThatCannotBeDecodedIsKeptAsideBeforeItIsReplaced) {
     writeFile("precious but odd");
     HistoryStore store;
-    store.append(entry("New"));
+    store.append(doneEntry("New"));
     int kept = 0;
     for (const auto& item : fs::directory_iterator(Paths::documentsDir()))
         if (item.path() != Paths::historyFile() &&
@@ -125,8 +113,8 @@ TEST_F(History, AnEntryWithAWrongTypeMakesTheWholeFileDamaged) {
 TEST_F(History, EntriesThatAnotherRunningCopyAppendedAreKept) {
     HistoryStore one;
     HistoryStore other;
-    one.append(entry("FromOne"));
-    other.append(entry("FromOther"));
+    one.append(doneEntry("FromOne"));
+    other.append(doneEntry("FromOther"));
     EXPECT_EQ(HistoryStore().entries().size(), 2u);
 }
 
@@ -134,20 +122,20 @@ TEST_F(History, AFailureToWriteIsSwallowedAndTheEntryStaysInMemory) {
     fs::create_directories(Paths::documentsDir().parent_path());
     test::writeFile(Paths::documentsDir(), viewOf("a file where the folder should be"));
     HistoryStore store;
-    store.append(entry("Kept"));
+    store.append(doneEntry("Kept"));
     EXPECT_EQ(store.entries().size(), 1u);
 }
 
 TEST_F(History, ClearingWritesTheEmptyList) {
     HistoryStore store;
-    store.append(entry("Gone"));
+    store.append(doneEntry("Gone"));
     store.clear();
     EXPECT_TRUE(HistoryStore().entries().empty());
     EXPECT_TRUE(fs::exists(Paths::historyFile()));
 }
 
 TEST_F(History, APathThatIsNoValidTextComesBackByteForByte) {
-    HistoryEntry odd = entry("Odd");
+    HistoryEntry odd = doneEntry("Odd");
     odd.path = "/films/\xff\xfe.mp4";
     HistoryStore().append(odd);
     EXPECT_EQ(HistoryStore().entries().front().path, odd.path);
@@ -170,13 +158,13 @@ TEST_F(History, AnEpisodeFillsEveryColumnOfTheCsv) {
 
 TEST_F(History, ADoubleQuoteInATitleIsDoubledInTheCsv) {
     HistoryStore store;
-    store.append(entry("The \"Best\" Film"));
+    store.append(doneEntry("The \"Best\" Film"));
     EXPECT_TRUE(Text::contains(store.csv(), "\"The \"\"Best\"\" Film\""));
 }
 
 TEST_F(History, AMovieHasEmptyShowSeasonAndEpisodeInTheCsvTheShowBeingTwoQuotes) {
     HistoryStore store;
-    store.append(entry("Film"));
+    store.append(doneEntry("Film"));
     EXPECT_TRUE(Text::contains(store.csv(), "\"Film\",\"\",,,done,"));
 }
 
@@ -241,7 +229,7 @@ TEST_F(History, PruningWithoutAFolderDoesNothing) {
 
 TEST_F(History, CellsOfTheCsvStayAsTheyAre) {
     HistoryStore store;
-    store.append(entry("=1+1, two\nlines"));
+    store.append(doneEntry("=1+1, two\nlines"));
     EXPECT_TRUE(Text::contains(store.csv(), ",\"=1+1, two\nlines\",\"\",,,done,,,"));
 }
 

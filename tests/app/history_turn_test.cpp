@@ -66,6 +66,17 @@ TEST_F(HistoryTurnTest, OneThatHangsIsWaitedForInFullOnlyOnce) {
     EXPECT_EQ(waited_, 200ms);
 }
 
+TEST_F(HistoryTurnTest, OneThatCameBackIsWaitedForInFullAgain) {
+    ASSERT_TRUE(otherTakes());
+    { const HistoryTurn turn(patience_); }
+    other_.close();
+    { const HistoryTurn turn(patience_); }
+    ASSERT_TRUE(otherTakes());
+    waited_ = 0ms;
+    { const HistoryTurn turn(patience_); }
+    EXPECT_EQ(waited_, 5s);
+}
+
 TEST_F(HistoryTurnTest, OneThatHangsKeepsNoEntryOutOfTheFile) {
     ASSERT_TRUE(otherTakes());
     HistoryStore store;
