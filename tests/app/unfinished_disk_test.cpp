@@ -3,11 +3,10 @@
 #include <filesystem>
 #include <limits>
 
-#include "app/model_fixture.h"
+#include "app/unfinished_fixture.h"
 #include "app/unfinished_json.h"
 #include "app/unfinished_shelf.h"
 #include "app/unfinished_store.h"
-#include "foundation/paths.h"
 #include "write/restore_points.h"
 
 namespace marlet::test {
@@ -21,37 +20,10 @@ constexpr const char* charade = "Charade (1963).mp4";
 constexpr const char* sintel = "Sintel (2010).mp4";
 constexpr const char* onNas = "nas/Detour (1945).mp4";
 
-fs::path keptFile(const std::string& name = "unfinished.json") {
-    return Paths::documentsDir() / name;
-}
-
-std::string kept() {
-    return textOf(readFile(keptFile()));
-}
-
-class UnfinishedOnDisks : public ModelTest {
+class UnfinishedOnDisks : public UnfinishedTest {
 protected:
-    UnfinishedOnDisks() {
-        parts.unfinishedPause = 1h;
-        start();
-    }
-    void start() {
-        model.reset();
-        EXPECT_TRUE(Async::settle(20s));
-        make();
-        Async::wait(model->openUnfinished());
-    }
-    void restart() {
-        model->keepUnfinished();
-        start();
-    }
-    void queue(const std::string& name) { Async::wait(model->addToQueueNow({*itemOf(name)})); }
     void unmount() { fs::rename(library / "nas", library / "gone"); }
     void mount() { fs::rename(library / "gone", library / "nas"); }
-    std::vector<std::string> offered() {
-        return model->unfinishedOffer() ? model->unfinishedOffer()->names
-                                        : std::vector<std::string>();
-    }
     /// One record as the program writes it.
     static void keep(const UnfinishedFile& file, const FilmMark& mark,
                      const std::string& name = "unfinished.json") {

@@ -5,11 +5,10 @@
 #include <filesystem>
 #include <future>
 
-#include "app/model_fixture.h"
+#include "app/unfinished_fixture.h"
 #include "app/unfinished_json.h"
 #include "app/unfinished_shelf.h"
 #include "app/unfinished_store.h"
-#include "foundation/paths.h"
 #include "write/restore_points.h"
 
 namespace marlet::test {
@@ -23,22 +22,6 @@ using testing::Not;
 constexpr const char* charade = "Charade (1963).mp4";
 constexpr const char* sintel = "Sintel (2010).mp4";
 constexpr const char* detour = "Detour (1945).mp4";
-
-fs::path keptFile() {
-    return Paths::documentsDir() / "unfinished.json";
-}
-
-std::string kept() {
-    return fs::exists(keptFile()) ? textOf(readFile(keptFile())) : "";
-}
-
-/// How many of the records are of files that wait in the queue.
-int keptQueue() {
-    const auto content = UnfinishedJson::decode(viewOf(kept()));
-    if (!content) return 0;
-    return static_cast<int>(
-        std::ranges::count_if(content->files, [](const auto& each) { return each.file.isQueued; }));
-}
 
 /// Jobs wait in the middle until they are let go, which they are at the latest with the test.
 class HeldWorker {
@@ -61,27 +44,25 @@ private:
     bool isLetGo_ = false;
 };
 
-class UnfinishedPace : public ModelTest {
+class UnfinishedPace : public UnfinishedTest {
 protected:
-    UnfinishedPace() {
-        parts.unfinishedPause = 1h;
-        start();
-    }
     ~UnfinishedPace() override { held.letGo(); }
-    void start() {
-        model.reset();
-        EXPECT_TRUE(Async::settle(20s));
-        make();
-        Async::wait(model->openUnfinished());
-    }
-    void restart() {
-        model->keepUnfinished();
+    /// One film runs until it is let go, and another one before it ends at once.
+    void runBoth() {
+        parts.worker = held.worker(sintel);
         start();
+        addConfirmed({charade, sintel});
+        queue(charade);
+        queue(sintel);
+        while (keptQueue() < 2) pause();
+        model->queue().start();
     }
-    void queue(const std::string& name) { Async::wait(model->addToQueueNow({*itemOf(name)})); }
-    std::vector<std::string> offered() {
-        return model->unfinishedOffer() ? model->unfinishedOffer()->names
-                                        : std::vector<std::string>();
+    /// How many of the records are of files that wait in the queue.
+    static int keptQueue() {
+        const auto content = UnfinishedJson::decode(viewOf(kept()));
+        if (!content) return 0;
+        return static_cast<int>(std::ranges::count_if(
+            content->files, [](const auto& each) { return each.file.isQueued; }));
     }
 
     HeldWorker held;
@@ -89,13 +70,7 @@ protected:
 
 TEST_F(UnfinishedPace, WhileARunIsOnItsJobsAreWrittenNowAndThenAndAtItsEndAtOnce) {
     parts.unfinishedRunPause = 1h;
-    parts.worker = held.worker(sintel);
-    start();
-    addConfirmed({charade, sintel});
-    queue(charade);
-    queue(sintel);
-    while (keptQueue() < 2) pause();
-    model->queue().start();
+    runBoth();
     while (model->queue().doneCount() == 0) pause();
     for (int i = 0; i < 20; i++) pause();
     EXPECT_THAT(kept(), HasSubstr("Charade")) << "not for each job";
@@ -106,12 +81,7 @@ TEST_F(UnfinishedPace, WhileARunIsOnItsJobsAreWrittenNowAndThenAndAtItsEndAtOnce
 
 TEST_F(UnfinishedPace, AJobThatEndedIsForgottenWhileTheRunGoesOn) {
     parts.unfinishedRunPause = 1ms;
-    parts.worker = held.worker(sintel);
-    start();
-    addConfirmed({charade, sintel});
-    queue(charade);
-    queue(sintel);
-    model->queue().start();
+    runBoth();
     while (kept().find("Sintel") == std::string::npos ||
            kept().find("Charade") != std::string::npos)
         pause();
@@ -121,12 +91,7 @@ TEST_F(UnfinishedPace, AJobThatEndedIsForgottenWhileTheRunGoesOn) {
 
 TEST_F(UnfinishedPace, AProgramThatEndsInARunKnowsWhichJobsHaveEnded) {
     parts.unfinishedRunPause = 1h;
-    parts.worker = held.worker(sintel);
-    start();
-    addConfirmed({charade, sintel});
-    queue(charade);
-    queue(sintel);
-    model->queue().start();
+    runBoth();
     while (model->queue().doneCount() == 0) pause();
     model->keepNow();
     EXPECT_THAT(kept(), HasSubstr("Sintel"));
