@@ -26,6 +26,11 @@ inline void append(Bytes& out, ByteView more) {
 
 /// The part of data from `from` to `to` (offsets), clamped to what is there.
 ByteView slice(ByteView data, std::int64_t from, std::int64_t to);
+/// Whether so many bytes are there from `at` (an offset) on.
+inline bool holds(ByteView data, std::int64_t at, std::int64_t count) {
+    const auto size = static_cast<std::int64_t>(data.size());
+    return at >= 0 && size >= count && at <= size - count;
+}
 
 /// ISO Latin-1 bytes as UTF-8 text, and back ('?' for what Latin-1 lacks).
 std::string latin1ToUtf8(ByteView bytes);

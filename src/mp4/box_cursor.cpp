@@ -7,11 +7,6 @@ namespace {
 constexpr std::int64_t shortHeader = 8;
 constexpr std::int64_t longHeader = 16;
 
-bool holds(ByteView data, std::int64_t at, std::int64_t count) {
-    const auto size = static_cast<std::int64_t>(data.size());
-    return at >= 0 && size >= count && at <= size - count;
-}
-
 struct Extent {
     std::uint64_t size = 0;  ///< as stated, header included
     std::int64_t header = shortHeader;

@@ -23,10 +23,6 @@ std::uint32_t littleEndian(ByteView image, std::int64_t at, int bytes) {
     return value >> (8 * (4 - bytes));
 }
 
-bool holds(ByteView image, std::int64_t at, std::int64_t bytes) {
-    return static_cast<std::int64_t>(image.size()) - at >= bytes;
-}
-
 std::optional<Size> sizeOfPNG(ByteView image) {
     constexpr std::int64_t header = 16;  // behind the signature and the header chunk's own start
     if (!holds(image, header, 8)) return std::nullopt;

@@ -27,11 +27,11 @@ Task<> Politeness::wait(CancelToken cancel) {
 }
 
 void Politeness::failed(Failure failure) {
-    constexpr std::chrono::seconds longest{600};
+    constexpr std::chrono::seconds longestBlock{600};
     const std::chrono::seconds base(failure == Failure::Hard ? 60 : 15);
     failures_++;
     const int doublings = std::min(failures_, 6) - 1;
-    blockedUntil_ = Clock::steady() + std::min(longest, base * (1 << doublings));
+    blockedUntil_ = Clock::steady() + std::min(longestBlock, base * (1 << doublings));
 }
 
 }  // namespace marlet
