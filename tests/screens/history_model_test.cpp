@@ -6,6 +6,7 @@
 #include "screens/base/file_address.h"
 #include "screens/base/qt_text.h"
 #include "screens/pictures/art_address.h"
+#include "screens/staged_worker.h"
 #include "write/restore_points.h"
 
 namespace marlet::test {
@@ -16,10 +17,13 @@ namespace fs = std::filesystem;
 class HistoryScreen : public ModelTest {
 protected:
     HistoryScreen() {
+        parts.worker = StagedWorker::of(worker);
+        make();
         screen = std::make_unique<HistoryModel>(*model);
         model->onChanged = [this] { screen->refresh(); };
     }
     ~HistoryScreen() override {
+        worker->letGo();
         model->onChanged = nullptr;
         screen.reset();
     }
@@ -72,6 +76,7 @@ protected:
         return path;
     }
 
+    std::shared_ptr<StagedWorker> worker = std::make_shared<StagedWorker>();
     std::unique_ptr<HistoryModel> screen;
 };
 
@@ -211,11 +216,13 @@ TEST_F(HistoryScreen, TheQuestionCountsTheFilesThatComeBack) {
     EXPECT_EQ(screen->restoreButton(), "Restore 2");
     screen->answerRestore(false);
     EXPECT_EQ(model->queue().jobs().size(), 0u);
+    worker->held = {"1.mp4"};
     screen->askRestore(key(1));
     screen->answerRestore(true);
     until([&] { return model->tab == AppModel::Tab::queue; });
     EXPECT_EQ(model->queue().jobs().size(), 2u);
-    EXPECT_FALSE(screen->canRestore());
+    until([&] { return !screen->canRestore(); });
+    worker->letGo();
     until([&] { return !model->queue().active(); });
     EXPECT_TRUE(screen->canRestore());
     EXPECT_TRUE(model->queue().jobs()[0].request.isRestore());
