@@ -36,6 +36,8 @@ TestCase {
         tryVerify(() => findChild(root, "quitting").visible);
         compare(findChild(root, "quitting").text, "Marlet quits as soon as the file that is being written is finished.");
         Stage.setCritical(false);
+        // Not before its record is in good hands.
+        Stage.endJob("done", "Details written");
         wait(20000);
         fail("the program goes on");
     }
