@@ -36,9 +36,7 @@ protected:
         return Paths::documentsDir() / name;
     }
     /// "" when nothing is kept.
-    static std::string kept() {
-        return exists(keptFile()) ? textOf(readFile(keptFile())) : "";
-    }
+    static std::string kept() { return exists(keptFile()) ? textOf(readFile(keptFile())) : ""; }
 };
 
 }  // namespace marlet::test
